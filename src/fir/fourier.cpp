@@ -18,6 +18,8 @@ constexpr wchar_t kNoMemory[] = L"Memory enough?";
 // The direct transform's angle uses this shortened pi; results of existing hosts match it.
 constexpr double kDftPi = 3.141592654;
 
+double sincOf(double x) { return x == 0.0 ? std::cos(x) : std::sin(x) / x; }
+
 std::shared_ptr<double[]> zeroedArray(std::int64_t n) {
   return std::shared_ptr<double[]>(new (std::nothrow) double[static_cast<std::size_t>(n)]());
 }
@@ -26,7 +28,7 @@ std::shared_ptr<double[]> zeroedArray(std::int64_t n) {
 // Returns M, or -1 when the arrays cannot be had.
 std::int64_t designTaps(double w, int n, std::shared_ptr<double[]>& halfOwner, double*& half,
                         std::shared_ptr<double[]>& tapsOwner, double*& taps,
-                        std::int32_t& count, CDigitFiltCoefMak02Fourier& sincOwner) {
+                        std::int32_t& count) {
   // A negative length designs the single centre tap.
   const std::int64_t M = std::max(n / 2, 0);
   auto h = zeroedArray(M + 1);
@@ -35,7 +37,7 @@ std::int64_t designTaps(double w, int n, std::shared_ptr<double[]>& halfOwner, d
     digitfilt::showMessage(kNoMemory);
     return -1;
   }
-  for (std::int64_t k = 1; k <= M; ++k) h[k] = sincOwner.sinc(k * w) * w / kPi;
+  for (std::int64_t k = 1; k <= M; ++k) h[k] = sincOf(k * w) * w / kPi;
   for (std::int64_t k = 1; k <= M; ++k) h[k] *= 0.54 + 0.46 * std::cos(k * kPi / M);
   t[M] = w / kPi;
   for (std::int64_t k = 1; k <= M; ++k) t[M - k] = t[M + k] = h[k];
@@ -213,20 +215,17 @@ int filterRecord(CDigitFiltCoefMak02Fourier& self, Transform transform, Mask mas
 
 }  // namespace
 
-double CDigitFiltCoefMak02Fourier::sinc(double x) {
-  return x == 0.0 ? std::cos(x) : std::sin(x) / x;
-}
+double CDigitFiltCoefMak02Fourier::sinc(double x) { return sincOf(x); }
 
 int CDigitFiltCoefMak02Fourier::nonRcsvLowPass(double fc, int n) {
   const double wc = fc * kTwoPi;
-  return designTaps(wc, n, lpHalfOwner_, lpHalf, lpCoefsOwner_, lpCoefs, lpCount, *this) < 0 ? 0
-                                                                                             : 1;
+  return designTaps(wc, n, lpHalfOwner_, lpHalf, lpCoefsOwner_, lpCoefs, lpCount) < 0 ? 0 : 1;
 }
 
 int CDigitFiltCoefMak02Fourier::nonRcsvHighPass(double fc, int n) {
   const double wc = (0.5 - fc) * kTwoPi;
   const std::int64_t M =
-      designTaps(wc, n, hpHalfOwner_, hpHalf, hpCoefsOwner_, hpCoefs, hpCount, *this);
+      designTaps(wc, n, hpHalfOwner_, hpHalf, hpCoefsOwner_, hpCoefs, hpCount);
   if (M < 0) return 0;
   // Alternating signs shift the low-pass at 0.5 - fc up to a high-pass at fc.
   for (std::int64_t k = 1; k <= M; k += 2) {
@@ -239,7 +238,7 @@ int CDigitFiltCoefMak02Fourier::nonRcsvHighPass(double fc, int n) {
 int CDigitFiltCoefMak02Fourier::nonRcsvBandPass(double f1, double f2, int n) {
   const double wb = (f2 - f1) * 0.5 * kTwoPi;
   const std::int64_t M =
-      designTaps(wb, n, bpHalfOwner_, bpHalf, bpCoefsOwner_, bpCoefs, bpCount, *this);
+      designTaps(wb, n, bpHalfOwner_, bpHalf, bpCoefsOwner_, bpCoefs, bpCount);
   if (M < 0) return 0;
   // Modulate the half-width low-pass up to the band centre.
   bpCoefs[M] *= 2.0;
