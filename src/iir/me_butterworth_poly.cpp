@@ -17,7 +17,7 @@ T* callocArray(std::size_t count) {
 }
 
 // Angle of analogue prototype pole k of an order-n Butterworth filter.
-double poleAngle(int k, int n) { return kPi * (2 * k + 1) / (2.0 * n); }
+double poleAngle(int k, int n) { return kPi * (2.0 * k + 1.0) / (2.0 * n); }
 
 // 32-bit products and negations wrap rather than overflow: binomial coefficients leave 32 bits
 // for orders above about 30, which callers do not use, and that must not be undefined behaviour.
