@@ -74,7 +74,8 @@ class CMeFilterButterworth {
   int checkCorrectAllFilterSettings4SmplRate();
 
   // In place through every enabled stage, the whole block through one stage before the next.
-  // 0 when a stage of unknown type is met (later stages and samples are left as they are).
+  // 0 when a stage of unknown type is met (later stages and samples are left as they are) or
+  // when a non-empty block has no data pointer.
   int filtData(double* data, std::int64_t n);
   // Forward and then backward through each stage, the backward pass starting from the states the
   // forward pass ended with.

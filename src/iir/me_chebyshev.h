@@ -62,7 +62,7 @@ class CMeFilterChebyshev {
   int makeCoefBndpasBndstp(int order, double sampleRate, double highFreq, double lowFreq,
                            int bandpass, double epsilon);
   // In place through every enabled stage, the whole block through one stage before the next;
-  // stages of unknown type are skipped.
+  // stages of unknown type are skipped. 1, or 0 when a non-empty block has no data pointer.
   int filtData(double* data, std::int64_t n);
 
   digitfilt::PtrList<MeFilterChebyshevx> stageList;
