@@ -173,7 +173,7 @@ void CRtf6Fir::stopband(const double f[2]) {
 }
 
 double CRtf6Fir::filter(double x) {
-  const int n = std::min({taps, static_cast<int>(std::min(coeffs.size(), buffer.size()))});
+  const int n = std::min(taps, static_cast<int>(std::min(coeffs.size(), buffer.size())));
   if (n < 1) return 0.0;
   double* b = buffer.data();
   const double* c = coeffs.data();
