@@ -130,22 +130,6 @@ TEST(RtfMedianSelect, QuickselectLeavesThePlainStepsOrder) {
   }
 }
 
-TEST(RtfMedianSelect, SortedAndReversedInputs) {
-  MedianProbe m;
-  for (int n : {6, 7, 100}) {
-    std::vector<double> up(n), down(n);
-    for (int i = 0; i < n; ++i) up[i] = down[n - 1 - i] = i;
-    const double want = (n - 1) / 2;
-    for (const auto& v : {up, down}) {
-      std::vector<double> w = v, q = v, s = v;
-      EXPECT_EQ(m.medianWirth(w.data(), n), want);
-      EXPECT_EQ(m.quick_select(q.data(), n), want);
-      EXPECT_EQ(m.quickMedianStd(s), want);
-      EXPECT_EQ(m.torben(v.data(), n), want);
-    }
-  }
-}
-
 // The midpoint of two huge values overflows; the bisection must still converge.
 TEST(RtfMedianSelect, TorbenHandlesValuesNearTheDoubleLimit) {
   MedianProbe m;
