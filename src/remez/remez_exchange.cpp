@@ -12,6 +12,8 @@ using digitfilt::kTwoPi;
 using Steps = CDigitFiltCoefMak06Remez02;
 
 constexpr int kMaxIterations = 40;
+// Longer than any run can design (r + 1 extremals fit the workspace limit).
+constexpr std::int64_t kMaxTaps = 2 * static_cast<std::int64_t>(CRemezData::kMaxGridSize);
 
 // A workspace that can be walked over its gridCap entries with r + 1 extremals.
 bool usable(const CRemezData* d, std::int64_t r) {
@@ -49,6 +51,70 @@ bool interpolate(double c, int r, const double* x, const double* ad, const doubl
   return true;
 }
 
+// interpolate() at kLanes abscissae at once, each lane summing in the same order, so the results
+// are the same bit for bit; independent lanes let the divisions overlap. A lane that hits a node
+// keeps accumulating (its sums are discarded), which keeps the node loop free of branches.
+// Returns the first lane with a zero denominator, or kLanes when every lane succeeded.
+constexpr int kLanes = 8;
+int interpolateLanes(const double* c, int r, const double* x, const double* ad, const double* y,
+                     double* A) {
+  double num[kLanes] = {}, den[kLanes] = {};
+  int hit[kLanes];
+  for (int& h : hit) h = -1;
+  for (int i = 0; i <= r; ++i) {
+    const double xi = x[i], ai = ad[i], yi = y[i];
+    bool near = false;
+    for (int l = 0; l < kLanes; ++l) {
+      const double d = c[l] - xi;
+      near |= std::fabs(d) < 1e-7;
+      const double w = ai / d;
+      den[l] += w;
+      num[l] += w * yi;
+    }
+    if (near)
+      for (int l = 0; l < kLanes; ++l)
+        if (hit[l] < 0 && std::fabs(c[l] - xi) < 1e-7) hit[l] = i;
+  }
+  for (int l = 0; l < kLanes; ++l) {
+    if (hit[l] >= 0) {
+      A[l] = y[hit[l]];
+    } else if (den[l] == 0.0) {
+      A[l] = 1.0;
+      return l;
+    } else {
+      A[l] = num[l] / den[l];
+    }
+  }
+  return kLanes;
+}
+
+// error[i] = weights[i] (desired[i] - A(grid[i])) over the walked grid; gridCos(i) gives
+// cos(2 pi grid[i]).
+template <class GridCos>
+int weightedError(int r, CRemezData* data, GridCos gridCos) {
+  const double* x = data->xCos;
+  const double* ad = data->ad;
+  const double* y = data->yVal;
+  const double* desired = data->desired;
+  const double* weights = data->weights;
+  double* error = data->error;
+  const std::int32_t n = data->gridCap;
+  std::int32_t i = 0;
+  for (; i + kLanes <= n; i += kLanes) {
+    double c[kLanes], A[kLanes];
+    for (int l = 0; l < kLanes; ++l) c[l] = gridCos(i + l);
+    const int done = interpolateLanes(c, r, x, ad, y, A);
+    for (int l = 0; l < done; ++l) error[i + l] = weights[i + l] * (desired[i + l] - A[l]);
+    if (done < kLanes) return 0;  // the points before the failing one are written, as one by one
+  }
+  for (; i < n; ++i) {
+    double A;
+    if (!interpolate(gridCos(i), r, x, ad, y, A)) return 0;
+    error[i] = weights[i] * (desired[i] - A);
+  }
+  return 1;
+}
+
 // Record-level entry points pass the record's six-slot arrays: at most three bands fit.
 bool recordBandsFit(const Filter_Remez* f) { return f->numBands >= 1 && f->numBands <= 3; }
 
@@ -78,10 +144,18 @@ int runExchange(std::int64_t numTaps, std::int64_t numBands, const double* bands
   Steps::_02initialGuess(r, data);
   Steps::_07SetParksMcClellanDW(type, numTaps, weighted, data);
 
+  // The grid stays put during the run, so its cosines are taken once, after the first
+  // parameter step has accepted the workspace.
+  std::vector<double> gridCos;
+  const auto cachedCos = [&gridCos](std::int32_t i) { return gridCos[i]; };
   for (int iter = 0;;) {
-    if (!Steps::_03calcParms(r, data) || !Steps::_04calcError(r, data) ||
-        Steps::_05search(r, data) < 1)
-      return -1;
+    if (!Steps::_03calcParms(r, data)) return -1;
+    if (gridCos.empty()) {
+      gridCos.resize(static_cast<std::size_t>(data->gridCap));
+      for (std::size_t i = 0; i < gridCos.size(); ++i)
+        gridCos[i] = std::cos(kTwoPi * data->grid[i]);
+    }
+    if (!weightedError(r, data, cachedCos) || Steps::_05search(r, data) < 1) return -1;
     if (Steps::_06isDone(r, data)) return iter;
     if (++iter == kMaxIterations) return -1;
   }
@@ -199,20 +273,8 @@ int CDigitFiltCoefMak06Remez01::_03calcParms(int r, CRemezData* data) {
 
 int CDigitFiltCoefMak06Remez01::_04calcError(int r, CRemezData* data) {
   if (!usable(data, r)) return 0;
-  const double* x = data->xCos;
-  const double* ad = data->ad;
-  const double* y = data->yVal;
   const double* grid = data->grid;
-  const double* desired = data->desired;
-  const double* weights = data->weights;
-  double* error = data->error;
-  const std::int32_t n = data->gridCap;
-  for (std::int32_t i = 0; i < n; ++i) {
-    double A;
-    if (!interpolate(std::cos(kTwoPi * grid[i]), r, x, ad, y, A)) return 0;
-    error[i] = weights[i] * (desired[i] - A);
-  }
-  return 1;
+  return weightedError(r, data, [grid](std::int32_t i) { return std::cos(kTwoPi * grid[i]); });
 }
 
 int CDigitFiltCoefMak06Remez01::_05search(int r, CRemezData* data) {
@@ -337,7 +399,7 @@ int CDigitFiltCoefMak06Remez01::_10Freq2FiltRspAmp(double f, int r, CRemezData* 
 
 int CDigitFiltCoefMak06Remez02::freqSample(const double* A, double* h, std::int64_t N,
                                            std::int64_t positiveSym) {
-  if (!A || !h || N < 1) return 0;
+  if (!A || !h || N < 1 || N > kMaxTaps) return 0;
   const double M = (static_cast<double>(N) - 1.0) / 2.0;
   const double dn = static_cast<double>(N);
   // k x = pi k (2n - N + 1) / N: every angle is a multiple of pi / N, so one period of 2N
@@ -353,11 +415,11 @@ int CDigitFiltCoefMak06Remez02::freqSample(const double* A, double* h, std::int6
   for (std::int64_t n = 0; n < N; ++n) {
     const std::int64_t m = 2 * n - N + 1;
     double val;
-    if (positiveSym == 1)
+    if (positiveSym != 0)
       val = A[0];
     else
       val = odd ? 0.0 : A[N / 2] * std::sin(kPi * (static_cast<double>(n) - M));
-    const std::vector<double>& tab = positiveSym == 1 ? cosTab : sinTab;
+    const std::vector<double>& tab = positiveSym != 0 ? cosTab : sinTab;
     for (std::int64_t k = 1; k <= kEnd; ++k) {
       std::int64_t j = (m * k) % period;
       if (j < 0) j += period;

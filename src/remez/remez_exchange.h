@@ -118,8 +118,8 @@ class CDigitFiltCoefMak06Remez01 : public CDigitFiltCoefMak06Remez00 {
 class CDigitFiltCoefMak06Remez02 : public CDigitFiltCoefMak06Remez01 {
  public:
   // Taps h[0..N-1] from the amplitude samples A[0..N/2] by the inverse transform of the
-  // symmetry class (positiveSym 1: cosine series, otherwise sine series). 0 for null arrays or
-  // N < 1.
+  // symmetry class (positiveSym nonzero: cosine series, zero: sine series). 0 for null arrays
+  // or N outside 1 .. 2^22.
   static int freqSample(const double* A, double* h, std::int64_t N, std::int64_t positiveSym);
   // One exchange run: r = numTaps / 2 (no adjustment for odd lengths), a fresh workspace, dense
   // grid, initial guess, symmetry weighting, then at most 40 passes of parameters, error and

@@ -56,13 +56,6 @@ TEST(RemezWorkspace, CopiesShareTheArrays) {
   EXPECT_EQ(b.grid[3], 7.0);  // still alive through the copy
 }
 
-TEST(RemezWorkspace, FreeA1ReleasesACallerArray) {
-  double* p = new double[4];
-  EXPECT_EQ(CRemezData::freeA1(p), 1);
-  EXPECT_EQ(p, nullptr);
-  EXPECT_EQ(CRemezData::freeA1(p), 1);
-}
-
 TEST(RemezResponseBuffers, FewerThanOnePointMeans250) {
   OpenFreqResp r;
   ASSERT_EQ(r.newFreqRespBuffer(0), 1);
