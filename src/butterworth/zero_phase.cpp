@@ -1,6 +1,7 @@
 #include "digitfilt/butterworth/zero_phase.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -112,6 +113,159 @@ void evalStage(const double* x, double* y, std::int64_t j0, std::int64_t j1,
   }
 }
 
+// Largest run of equal-length stages evaluated side by side.
+constexpr int kMaxGroup = 3;
+
+// True when `offset` and every stage's a[0] term are +0.0, so that v - offset and
+// b[0] d - a[0] * 0 equal v and b[0] d bit for bit and can be left out.
+bool plainTerms(filter_iirspec* const* stages, int count, double offset) {
+  if (offset != 0.0 || std::signbit(offset)) return false;
+  for (int g = 0; g < count; ++g) {
+    const double a0Term = stages[g]->coefs[kDenStart] * 0.0;
+    if (a0Term != 0.0 || std::signbit(a0Term)) return false;
+  }
+  return true;
+}
+
+// State of G consecutive stages of NC terms each. The NC-1 previous inputs (offset taken) and
+// outputs of a stage sit in slots that rotate: sample j lives in slot j mod (NC-1), counted
+// from the stretch's start, so that no value moves once written. With plain terms a stage's
+// input is exactly the previous stage's output, so the two share one history row: row g holds
+// stage g's inputs and row g+1 its outputs. Otherwise each stage has its own pair of rows.
+template <int NC, int G, bool Plain>
+struct GroupState {
+  static constexpr int kSlots = NC - 1;
+  static constexpr int kRows = Plain ? G + 1 : 2 * G;
+  static constexpr int inRow(int g) { return Plain ? g : 2 * g; }
+  static constexpr int outRow(int g) { return Plain ? g + 1 : 2 * g + 1; }
+  // Read from the records at every use: the output stores may alias them, so the compiler
+  // keeps the coefficients as memory operands and leaves the registers to the histories.
+  const double* coefs[G];
+  double a0Term[G];
+  double hist[kRows][kSlots];
+  double* out[G];
+  const double* in;
+  double x0;
+};
+
+// One sample through the group at phase P = (j - j0) mod (NC-1). Stage g's input is stage
+// g-1's output, handed over in a register; each stage's sum is formed exactly as evalDirect
+// forms it.
+template <int NC, int G, bool Plain, int P>
+[[gnu::always_inline]] inline void groupStep(GroupState<NC, G, Plain>& st, std::int64_t j) {
+  using State = GroupState<NC, G, Plain>;
+  constexpr int kSlots = State::kSlots;
+  double d[G], y[G];
+  double v = st.in[j];
+#pragma GCC unroll 8
+  for (int g = 0; g < G; ++g) {
+    const double* xh = st.hist[State::inRow(g)];
+    const double* yh = st.hist[State::outRow(g)];
+    d[g] = Plain ? v : v - st.x0;
+    const double* c = st.coefs[g];
+    double acc = 0.0 + (Plain ? c[0] * d[g] : c[0] * d[g] - st.a0Term[g]);
+#pragma GCC unroll 16
+    for (int k = 1; k < NC; ++k) {
+      const int slot = (P - k + kSlots) % kSlots;  // where sample j-k lives
+      acc += c[k] * xh[slot] - c[kDenStart + k] * yh[slot];
+    }
+    st.out[g][j] = acc;
+    y[g] = acc;
+    v = acc;
+  }
+  // Sample j takes slot P, that of sample j-(NC-1), once every stage has read it.
+#pragma GCC unroll 8
+  for (int g = 0; g < G; ++g) {
+    if (!Plain || g == 0) st.hist[State::inRow(g)][P] = d[g];
+    st.hist[State::outRow(g)][P] = y[g];
+  }
+}
+
+template <int NC, int G, bool Plain, int... P>
+[[gnu::always_inline]] inline void groupSteps(GroupState<NC, G, Plain>& st, std::int64_t j,
+                                              std::integer_sequence<int, P...>) {
+  (groupStep<NC, G, Plain, P>(st, j + P), ...);
+}
+
+template <int NC, int G, bool Plain, int... P>
+[[gnu::always_inline]] inline void groupStepsUpTo(GroupState<NC, G, Plain>& st, std::int64_t j,
+                                                  std::int64_t j1,
+                                                  std::integer_sequence<int, P...>) {
+  ((j + P < j1 ? groupStep<NC, G, Plain, P>(st, j + P) : void()), ...);
+}
+
+// Samples before the stretch as the chain's stages see them: row 0 holds the first stage's
+// inputs, row i+1 stage i's outputs (which are stage i+1's inputs), newest first: row[k-1] is
+// the value at j0-k.
+constexpr int kHistory = 8;  // NC-1 for the longest group kernel
+using HistoryRow = double[kHistory];
+
+// G consecutive stages sample by sample: stage g reads buf[(parity + g) % 2] and writes the
+// other buffer, exactly as G calls of evalFixed in turn would, but the stages' recursions
+// overlap in the processor instead of running one after another over the stretch. Earlier
+// samples come from `rows`. Requires j0 >= NC-1.
+template <int NC, int G, bool Plain>
+void evalGroup(double* const buf[2], int parity, filter_iirspec* const* stages,
+               const HistoryRow* rows, std::int64_t j0, std::int64_t j1, double x0) {
+  using State = GroupState<NC, G, Plain>;
+  constexpr int kSlots = State::kSlots;
+  State st;
+  st.in = buf[parity];
+  st.x0 = x0;
+  for (int g = 0; g < G; ++g) {
+    st.out[g] = buf[(parity + g + 1) & 1];
+    st.coefs[g] = stages[g]->coefs;
+    st.a0Term[g] = stages[g]->coefs[kDenStart] * 0.0;
+    // Sample j0-k belongs in slot (-k) mod (NC-1); a shared row is filled once.
+    for (int k = 1; k < NC; ++k) {
+      if (!Plain || g == 0) st.hist[State::inRow(g)][kSlots - k] = rows[g][k - 1] - x0;
+      st.hist[State::outRow(g)][kSlots - k] = rows[g + 1][k - 1];
+    }
+  }
+  const auto phases = std::make_integer_sequence<int, kSlots>();
+  std::int64_t j = j0;
+  for (; j1 - j >= kSlots; j += kSlots) groupSteps<NC, G, Plain>(st, j, phases);
+  groupStepsUpTo<NC, G, Plain>(st, j, j1, phases);
+}
+
+template <int NC, int G>
+void evalGroupFor(double* const buf[2], int parity, filter_iirspec* const* stages,
+                  const HistoryRow* rows, std::int64_t j0, std::int64_t j1, double x0) {
+  if (plainTerms(stages, G, x0))
+    evalGroup<NC, G, true>(buf, parity, stages, rows, j0, j1, x0);
+  else
+    evalGroup<NC, G, false>(buf, parity, stages, rows, j0, j1, x0);
+}
+
+template <int NC>
+void evalGroupOfSize(int count, double* const buf[2], int parity, filter_iirspec* const* stages,
+                     const HistoryRow* rows, std::int64_t j0, std::int64_t j1, double x0) {
+  static_assert(NC - 1 <= kHistory, "history rows too short");
+  static_assert(kMaxGroup == 3, "one case per group size");
+  switch (count) {
+    case 1: return evalGroupFor<NC, 1>(buf, parity, stages, rows, j0, j1, x0);
+    case 2: return evalGroupFor<NC, 2>(buf, parity, stages, rows, j0, j1, x0);
+    default: return evalGroupFor<NC, 3>(buf, parity, stages, rows, j0, j1, x0);
+  }
+}
+
+// Stage lengths with a group kernel: orders 1, 2 and 4 of band stages, 2 and 4 of the others.
+bool hasGroupKernel(int nc) { return nc == 3 || nc == 5 || nc == 9; }
+
+void evalGroupOf(int nc, int count, double* const buf[2], int parity,
+                 filter_iirspec* const* stages, const HistoryRow* rows, std::int64_t j0,
+                 std::int64_t j1, double x0) {
+  switch (nc) {
+    case 3: return evalGroupOfSize<3>(count, buf, parity, stages, rows, j0, j1, x0);
+    case 5: return evalGroupOfSize<5>(count, buf, parity, stages, rows, j0, j1, x0);
+    default: return evalGroupOfSize<9>(count, buf, parity, stages, rows, j0, j1, x0);
+  }
+}
+
+void fillRow(HistoryRow& row, const double* buf, std::int64_t j0) {
+  for (int k = 1; k <= kHistory; ++k) row[k - 1] = j0 - k >= 0 ? buf[j0 - k] : 0.0;
+}
+
 // Sizes a cached work array: kept when the length is unchanged, otherwise released and taken
 // afresh (zero-filled). False when n is negative or the memory cannot be had.
 bool ensureWork(std::unique_ptr<double[]>& owner, double*& view, std::int64_t& length,
@@ -173,6 +327,43 @@ void filterStageBackward(const double* x, double* y, std::int64_t n, const filte
                          double offset) {
   if (n < 1) return;
   evalStage<-1>(x + (n - 1), y + (n - 1), 0, n, s, offset);
+}
+
+void filterStageChain(double* data, double* other, filter_iirspec* const* stages, int count,
+                      std::int64_t first, std::int64_t last, double offset) {
+  first = std::max<std::int64_t>(first, 0);
+  if (last <= first || count <= 0) return;
+  double* const buf[2] = {data, other};
+  int maxTerms = 0;
+  bool grouped = count <= CDigitFiltCoefMak01Butterworth::kSpecCount;
+  for (int i = 0; i < count; ++i) {
+    const int nc = termCount(*stages[i]);
+    maxTerms = std::max(maxTerms, nc);
+    grouped = grouped && hasGroupKernel(nc);
+  }
+  // Until maxTerms-1 samples precede a sample, some of its terms are left out: those samples
+  // run stage by stage, and the grouped kernels take over from `mid`.
+  const std::int64_t mid = std::max<std::int64_t>(first, maxTerms - 1);
+  if (!grouped || mid >= last) {
+    for (int i = 0; i < count; ++i)
+      evalStage<1>(buf[i & 1], buf[(i + 1) & 1], first, last, *stages[i], offset);
+    return;
+  }
+  // What each stage finds before `mid` when the stages run one after another: its input
+  // buffer as the previous stage left it, its output buffer as it left it itself.
+  HistoryRow rows[CDigitFiltCoefMak01Butterworth::kSpecCount + 1];
+  fillRow(rows[0], buf[0], mid);
+  for (int i = 0; i < count; ++i) {
+    if (mid > first) evalStage<1>(buf[i & 1], buf[(i + 1) & 1], first, mid, *stages[i], offset);
+    fillRow(rows[i + 1], buf[(i + 1) & 1], mid);
+  }
+  for (int i = 0; i < count;) {
+    const int nc = termCount(*stages[i]);
+    int g = 1;
+    while (g < kMaxGroup && i + g < count && termCount(*stages[i + g]) == nc) ++g;
+    evalGroupOf(nc, g, buf, i & 1, stages + i, rows + i, mid, last, offset);
+    i += g;
+  }
 }
 
 void zeroPhaseStage(const double* x, double* y, double* w, std::int64_t n, filter_iirspec& s) {

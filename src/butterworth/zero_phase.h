@@ -24,6 +24,13 @@ void filterStageForward(const double* x, double* y, std::int64_t first, std::int
 void filterStageBackward(const double* x, double* y, std::int64_t n, const filter_iirspec& s,
                          double offset);
 
+// A chain of stages over [first, last) of two buffers used in turn: bit for bit the same as
+// filterStageForward(buf[i % 2], buf[(i + 1) % 2], first, last, *stages[i], offset) for
+// i = 0 .. count-1 with buf = {data, other}, both buffers included. Runs of stages of equal
+// length are evaluated side by side, sample by sample, so their recursions overlap.
+void filterStageChain(double* data, double* other, filter_iirspec* const* stages, int count,
+                      std::int64_t first, std::int64_t last, double offset);
+
 // One zero-phase stage over n >= 1 samples: a[0] of the record is set to 0, the forward pass
 // writes w with offset x[0], the backward pass writes y from w with offset w[n-1].
 void zeroPhaseStage(const double* x, double* y, double* w, std::int64_t n, filter_iirspec& s);
