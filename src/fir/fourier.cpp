@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <limits>
 #include <new>
 #include <vector>
 
@@ -10,7 +11,6 @@
 
 using digitfilt::kPi;
 using digitfilt::kTwoPi;
-using digitfilt::truncToInt64;
 
 namespace {
 
@@ -138,13 +138,19 @@ int directTransform(int dir, int n, double* re, double* im) {
 enum class Transform { kFastPow2, kFastExact, kDirect };
 enum class Mask { kLowPass, kHighPass, kBandPass, kNotch };
 
-// Bin bounds are truncated: trunc(P f / fs) and trunc(P - P f / fs).
+// Bin bounds are truncated: trunc(P f / fs) and trunc(P - P f / fs). A bound with no integer
+// value (NaN, infinite, beyond int64: a zero or NaN rate, a wild edge) masks no bin at all; the
+// lowest int64 makes every comparison of every mask false.
 struct Cut {
   std::int64_t lo, hi;
 };
 Cut cutFor(double Pd, double fs, double f) {
+  constexpr std::int64_t kNoBin = std::numeric_limits<std::int64_t>::min();
+  constexpr double kLimit = 9.2233720368547758e18;
   const double c = Pd * f / fs;
-  return {truncToInt64(c), truncToInt64(Pd - c)};
+  const double rest = Pd - c;
+  if (!(c > -kLimit && c < kLimit && rest > -kLimit && rest < kLimit)) return {kNoBin, kNoBin};
+  return {static_cast<std::int64_t>(c), static_cast<std::int64_t>(rest)};
 }
 
 void zeroBins(double* re, double* im, std::int64_t P, bool (*zero)(std::int64_t, Cut, Cut),

@@ -4,14 +4,13 @@
 #include <climits>
 #include <cmath>
 #include <cwctype>
+#include <limits>
 #include <new>
-#include <vector>
 
 #include "digitfilt/foundation/messages.h"
 
 using digitfilt::kPi;
 using digitfilt::truncToInt32;
-using digitfilt::truncToInt64;
 
 namespace {
 
@@ -142,17 +141,21 @@ double CDigitFiltCoefMak03KaiserWnd::I0(double x) {
 int CDigitFiltCoefMak03KaiserWnd::halfKaiserWnd2Spec(double attenDb, double trWidth, int maxLen) {
   // The shape parameter here is a local value, independent of the one estimatedOrder keeps.
   const double b = betaDoublePrecision(attenDb);
-  const std::int64_t n =
-      attenDb < kLengthOffsetDb
-          ? 0
-          : 1 + truncToInt64((attenDb - kLengthOffsetDb) / (28.72 * trWidth));
-  const std::int64_t len = n + 1 > maxLen ? std::int64_t{maxLen} - 1 : n;
+  // A length past the int64 range (a vanishing transition width) is as long as maxLen allows.
+  std::int64_t n = 0;
+  if (!(attenDb < kLengthOffsetDb)) {
+    const std::int64_t t =
+        digitfilt::saturateToInt64((attenDb - kLengthOffsetDb) / (28.72 * trWidth));
+    n = t == std::numeric_limits<std::int64_t>::max() ? t : t + 1;
+  }
+  const std::int64_t len = n >= maxLen ? std::int64_t{maxLen} - 1 : n;
   // Element 0 is never written and elements 1..len+1 hold the window, hence len + 2 slots.
   auto w = zeroedArray(std::max<std::int64_t>(len + 2, 2));
   if (!w) return 0;
   halfWndOwner_ = std::move(w);
   halfWnd = halfWndOwner_.get();
-  halfWndCount = static_cast<std::int32_t>(len + 1);
+  halfWndCount = static_cast<std::int32_t>(
+      std::max<std::int64_t>(len + 1, std::numeric_limits<std::int32_t>::min()));
   const double i0Beta = besselI0(b);
   halfWnd[1] = 1.0;
   for (std::int64_t k = 1; k <= len; ++k) {
@@ -175,7 +178,9 @@ int CDigitFiltCoefMak03KaiserWnd::design() {
   if (order < 0) return 0;
   const std::int64_t M = order / 2;
   const double i0Beta = I0(beta);
-  std::vector<double> w(static_cast<std::size_t>(M + 1));
+  // Orders reach 2^31: running out of memory is a failure result, not an exception.
+  const std::unique_ptr<double[]> w(new (std::nothrow) double[static_cast<std::size_t>(M + 1)]);
+  if (!w) return 0;
   for (std::int64_t k = 1; k <= M; ++k) {
     const double r = static_cast<double>(k) / static_cast<double>(M);
     w[k] = I0(beta * std::sqrt(1.0 - r * r)) / i0Beta;
@@ -218,7 +223,7 @@ double* CDigitFiltCoefMak03KaiserWnd::filterGain() {
   if (gain == nullptr) return nullptr;
   const std::int64_t taps = std::min<std::int64_t>(std::int64_t{order} + 1, coefsLength_);
   double peak = -100.0;
-  for (int i = 0; i <= P; ++i) {
+  for (std::int64_t i = 0; i <= P; ++i) {  // 64-bit: P may be INT_MAX
     const double omega = i * kPi / P;
     double re = 0.0, im = 0.0;
     for (std::int64_t k = 0; k < taps; ++k) {
@@ -228,7 +233,7 @@ double* CDigitFiltCoefMak03KaiserWnd::filterGain() {
     gain[i] = std::log(re * re + im * im) * 10.0 / std::log(10.0);
     peak = std::max(peak, gain[i]);
   }
-  for (int i = 0; i <= P; ++i) gain[i] -= peak;
+  for (std::int64_t i = 0; i <= P; ++i) gain[i] -= peak;
   const double scale = std::pow(10.0, -0.05 * peak);
   for (std::int64_t k = 0; k < coefsLength_; ++k) coefs[k] *= scale;
   return gain;
@@ -236,8 +241,10 @@ double* CDigitFiltCoefMak03KaiserWnd::filterGain() {
 
 double* CDigitFiltCoefMak03KaiserWnd::filterX(double* x, unsigned long n) {
   if (n == 0 || x == nullptr || coefs == nullptr) return x;
-  std::vector<double> delay(static_cast<std::size_t>(std::max(order, 1)));
-  runFir(coefs, coefsLength_, delay.data(), std::max(order, 0), x, n);
+  const std::unique_ptr<double[]> delay(
+      new (std::nothrow) double[static_cast<std::size_t>(std::max(order, 1))]);
+  if (!delay) return x;
+  runFir(coefs, coefsLength_, delay.get(), std::max(order, 0), x, n);
   return x;
 }
 

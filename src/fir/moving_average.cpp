@@ -5,8 +5,6 @@
 
 #include "digitfilt/foundation/messages.h"
 
-using digitfilt::truncToInt64;
-
 namespace {
 
 constexpr wchar_t kBandPassEdgesCrossed[] =
@@ -117,7 +115,9 @@ CDigitFiltCoefMak00MovAvrg::CDigitFiltCoefMak00MovAvrg() { harmonicCount = 4; }
 
 std::int64_t CDigitFiltCoefMak00MovAvrg::windowFor(double fs, std::int64_t N, double f,
                                                    std::int64_t d) const {
-  std::int64_t L = truncToInt64(fs / (static_cast<double>(d) * f));
+  // A quotient past the int64 range (a zero divisor, a vanishing frequency) is a window as long
+  // as the record allows; NaN gives the shortest.
+  std::int64_t L = digitfilt::saturateToInt64(fs / (static_cast<double>(d) * f));
   if (L < 1) L = 1;
   if (L > N / 2) L = N / 2;
   // Made odd after the N/2 clamp, so N/2 even ends at N/2 + 1: hosts rely on these lengths.
@@ -261,7 +261,7 @@ int CDigitFiltCoefMak00MovAvrg::filterStd(double*& data, std::int64_t N, double*
 CDigitFiltCoefMak00MovAvrgX::CDigitFiltCoefMak00MovAvrgX() { harmonicCount = 4; }
 
 std::int64_t CDigitFiltCoefMak00MovAvrgX::windowFor(double fs, std::int64_t N, double f) const {
-  std::int64_t L = truncToInt64(fs / f);
+  std::int64_t L = digitfilt::saturateToInt64(fs / f);
   if (L < 2) L = 2;
   if (L > N / 2) L = N / 2;
   return L;

@@ -3,11 +3,19 @@
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
+#include <limits>
 
 namespace digitfilt {
 
 std::int64_t truncToInt64(double v) {
   if (!(v > -9.2233720368547758e18 && v < 9.2233720368547758e18)) return 0;
+  return static_cast<std::int64_t>(v);
+}
+
+std::int64_t saturateToInt64(double v) {
+  if (v != v) return 0;
+  if (v >= 9.2233720368547758e18) return std::numeric_limits<std::int64_t>::max();
+  if (v <= -9.2233720368547758e18) return std::numeric_limits<std::int64_t>::min();
   return static_cast<std::int64_t>(v);
 }
 

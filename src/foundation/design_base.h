@@ -85,6 +85,9 @@ inline double clampHighFirst(double& v, double lo, double hi) {
 std::int64_t truncToInt64(double v);
 // Same for int32.
 std::int32_t truncToInt32(double v);
+// Truncation that saturates: values beyond the int64 range give its nearest end, NaN gives 0.
+// For lengths derived from a quotient, where an infinite quotient means "as long as allowed".
+std::int64_t saturateToInt64(double v);
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kTwoPi = 6.283185307179586;

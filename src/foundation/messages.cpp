@@ -41,7 +41,12 @@ std::wstring vformatWide(const wchar_t* format, va_list args) {
     va_end(copy);
     if (n >= 0 && static_cast<std::size_t>(n) < buf.size()) return std::wstring(buf.data(), n);
     // vswprintf reports truncation only as -1; grow until it fits, within reason.
-    if (buf.size() >= (1u << 20)) return std::wstring(buf.data());
+    // Past the cap (or on an encoding error, which also gives -1) keep what was written; the
+    // terminator is not guaranteed after a failed call, so set it.
+    if (buf.size() >= (1u << 20)) {
+      buf.back() = L'\0';
+      return std::wstring(buf.data());
+    }
     buf.resize(buf.size() * 4);
   }
 }
