@@ -87,7 +87,8 @@ void CMcfButterworth::mat_multl(void* A, void* B, void* C, int rowsA, int colsA,
 
 void CMcfButterworth::invert_matrix(long double** a, long double** inverse, int n) {
   // Gauss-Jordan with partial pivoting on [a | I]; only an exactly zero pivot column is singular,
-  // so non-finite entries run through and surface later as non-finite coefficients.
+  // so non-finite entries run through and surface later as non-finite coefficients (a NaN wins
+  // the pivot search, or a column holding only zeros and NaNs would count as singular).
   LongMatrix w(n, 2 * n);
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j < n; ++j) w[i][j] = a[i][j];
@@ -95,8 +96,8 @@ void CMcfButterworth::invert_matrix(long double** a, long double** inverse, int 
   }
   for (int col = 0; col < n; ++col) {
     int best = col;
-    for (int r = col + 1; r < n; ++r)
-      if (std::fabs(w[r][col]) > std::fabs(w[best][col])) best = r;
+    for (int r = col + 1; r < n && !std::isnan(w[best][col]); ++r)
+      if (std::isnan(w[r][col]) || std::fabs(w[r][col]) > std::fabs(w[best][col])) best = r;
     if (w[best][col] == 0.0L) failAndExit("invert_matrix: Singular Matrix\n");
     if (best != col)
       for (int j = 0; j < 2 * n; ++j) std::swap(w[best][j], w[col][j]);

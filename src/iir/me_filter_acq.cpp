@@ -13,6 +13,8 @@ constexpr int kRing = CMeFilterAcq::kRing;
 constexpr int kDenominator = 20;  // a[k] lives at coefs[20 + k]
 constexpr int kMaxCoefs = 40;     // the last a[k] the 60-slot store holds is a[39]
 constexpr std::int64_t kFlatRing = std::int64_t{kRing} * kRing;
+// Most grid points the resampling remover puts between two samples (rates below mains / 1024).
+constexpr double kMaxGridPointsPerSample = 1024.0;
 
 std::int64_t wrap(std::int64_t i, std::int64_t n) {
   i %= n;
@@ -195,7 +197,14 @@ void CMeFilterAcqPowerLine02IntPol::setFilterParametersIntPol(const filter_iirsp
   invRate = 1.0 / spec.sampleRate;
   const double gridRate = std::ceil(spec.sampleRate / mains) * mains;
   invGridRate = 1.0 / gridRate;
-  setPeriod(gridRate / mains);
+  if (setPeriod(gridRate / mains) && !(spec.sampleRate * kMaxGridPointsPerSample >= gridRate)) {
+    // Below mains / kMaxGridPointsPerSample every sample would spread over that many grid
+    // points (and over none the stepping can tell apart, for the smallest rates).
+    digitfilt::showMessageF(
+        L"Power-line filter: a sample rate of %g Hz is too low for a %g Hz mains grid!",
+        spec.sampleRate, mains);
+    period = 0;
+  }
   spec.coefs[kDenominator] = 0.0;
   std::memset(xRing, 0, sizeof xRing);
   std::memset(yRing, 0, sizeof yRing);
@@ -218,12 +227,12 @@ void CMeFilterAcqPowerLine02IntPol::filterIntPol(double* data, std::int64_t n) {
   if (fresh) {
     // The first grid point sits on the first sample.
     gridStep = spec.sampleRate * invGridRate;
-    if (!(gridStep > 0.0 && gridStep <= 1.0)) return;  // not set up
+    if (!(gridStep * kMaxGridPointsPerSample >= 1.0 && gridStep <= 1.0)) return;  // not set up
     gridPhase = 1.0;
     lastSample = data[0];
   }
   const double h = gridStep;
-  reserveWork(static_cast<std::int64_t>(std::ceil(static_cast<double>(n) / h)) + 2);
+  reserveWork(digitfilt::truncToInt64(std::ceil(static_cast<double>(n) / h)) + 2);
 
   // Grid points in (t[k-1], t[k]], interpolated between the two samples. Positions are in
   // samples after t[k-1] and carried by the same recurrence in both passes below.

@@ -144,6 +144,9 @@ class CMeFilterAcqPowerLine02IntPol : public CMeFilterAcqPowerLine {
   CMeFilterAcqPowerLine02IntPol& operator=(const CMeFilterAcqPowerLine02IntPol& other) =
       default;
 
+  // Sets the grid, period = rint(G / mains) and clears the comb and the carried values. Rates
+  // below mains / 1024 (more than 1024 grid points per sample) are reported and leave the
+  // remover off (period 0), as do periods the plain remover refuses.
   virtual void setFilterParametersIntPol(const filter_iirspec& s);
   virtual void filterIntPol(double* data, std::int64_t n);
 

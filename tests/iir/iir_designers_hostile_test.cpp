@@ -1,0 +1,675 @@
+// Hostile values through the state-space Butterworth designer and its zero-phase filter, the
+// pole-zero IIR designer, the biquad designer and the acquisition filter objects: orders at the
+// ends of int, non-finite, zero and negative rates, edges at and beyond Nyquist, NaN/Inf/denormal
+// samples, empty, one-sample, null and long blocks. The two process exits the state-space
+// designer owes its callers are pinned with death tests.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <digitfilt/digitfilt.h>
+
+#include "support/message_capture.h"
+
+namespace {
+
+using digitfilt::test::MessageCapture;
+using Vec = std::vector<double>;
+
+constexpr int kIntMax = std::numeric_limits<int>::max();
+constexpr int kIntMin = std::numeric_limits<int>::min();
+const double kNan = std::numeric_limits<double>::quiet_NaN();
+const double kInf = std::numeric_limits<double>::infinity();
+const double kDenorm = std::numeric_limits<double>::denorm_min();
+
+struct Probe : CMcfButterworthqv {
+  using CMcfButterworth::generate_initial_conditions;
+};
+
+Vec wave(int n, double offset = 0.0) {
+  Vec x(static_cast<std::size_t>(n));
+  for (int i = 0; i < n; ++i) x[static_cast<std::size_t>(i)] = offset + std::sin(0.37 * i);
+  return x;
+}
+
+bool allFinite(const double* p, std::size_t n) {
+  return std::all_of(p, p + n, [](double v) { return std::isfinite(v); });
+}
+
+// ---------------------------------------------------------------- state-space Butterworth
+
+TEST(McfButterworthHostile, OrdersOutsideOneToHundredAreRefusedWithoutArrays) {
+  for (int order : {0, -1, 101, kIntMax, kIntMin}) {
+    SCOPED_TRACE(order);
+    MessageCapture cap;
+    CMcfButterworthqv f;
+    EXPECT_EQ(f.mcButter(1, 1000.0, order, 100.0, 0.0), 0);
+    EXPECT_EQ(f.numer, nullptr);
+    EXPECT_EQ(f.denom, nullptr);
+    EXPECT_EQ(f.stateCount, 0);
+    ASSERT_EQ(cap.messages.size(), 1u);
+    EXPECT_EQ(cap.messages[0], L"Butterworth order " + std::to_wstring(order) +
+                                   L" is out of range (1..100)!");
+  }
+  MessageCapture cap;
+  CMcfButterworthqv f;
+  EXPECT_EQ(f.mcButter(1, 1000.0, 100, 100.0, 0.0), 1);
+  EXPECT_EQ(f.stateCount, 100);
+  EXPECT_TRUE(cap.messages.empty());
+}
+
+TEST(McfButterworthHostile, UnknownTypeIsReportedAndTheDesignGoesOn) {
+  for (int type : {0, 5, -1, kIntMin}) {
+    SCOPED_TRACE(type);
+    MessageCapture cap;
+    CMcfButterworthqv f;
+    EXPECT_EQ(f.mcButter(type, 1000.0, 3, 100.0, 200.0), 1);
+    EXPECT_EQ(f.stateCount, 3);
+    ASSERT_EQ(cap.messages.size(), 1u);
+    EXPECT_EQ(cap.messages[0], L"Unrecognized filter type " + std::to_wstring(type));
+  }
+}
+
+TEST(McfButterworthHostile, EdgesAtAndBeyondNyquistAndNegativeRatesStillDesign) {
+  // tan() of the pre-warp stays finite there; the results are not useful filters but they are
+  // finite designs with all three arrays in place.
+  const struct {
+    int type;
+    double rate, f1, f2;
+  } cases[] = {{1, 1000.0, 500.0, 0.0},  {1, 1000.0, 750.0, 0.0}, {1, 1000.0, 1e300, 0.0},
+               {2, 1000.0, -100.0, 0.0}, {1, -1000.0, 100.0, 0.0}, {3, 1000.0, 100.0, 500.0}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.f1);
+    CMcfButterworthqv f;
+    ASSERT_EQ(f.mcButter(c.type, c.rate, 4, c.f1, c.f2), 1);
+    const auto n = static_cast<std::size_t>(f.stateCount);
+    EXPECT_TRUE(allFinite(f.numer, n + 1));
+    EXPECT_TRUE(allFinite(f.denom, n + 1));
+    EXPECT_NE(f.initialConditions, nullptr);
+  }
+}
+
+TEST(McfButterworthHostile, NonFiniteCoefficientGivesMinusOneAndFilteringIsRefused) {
+  // Both band edges at 0: every pole sits on z = 1 with the zeros, the gain scale is 0/0.
+  MessageCapture cap;
+  CMcfButterworthqv f;
+  EXPECT_EQ(f.mcButter(3, 1000.0, 4, 0.0, 0.0), -1);
+  EXPECT_EQ(f.stateCount, 0);  // not written: the count of the last complete design stays
+  ASSERT_NE(f.numer, nullptr);  // allocated before the check, as designed
+  EXPECT_TRUE(std::isnan(f.numer[0]));
+  // Filtering then runs what the arrays and the count say: no states, out = b[0] x.
+  Vec x = wave(40), out(40, 7.0);
+  f.filtfilt(x.data(), 40, out.data(), nullptr);
+  EXPECT_TRUE(std::isnan(out[0]) && std::isnan(out[39]));
+  EXPECT_TRUE(cap.messages.empty());
+
+  // A good design of 4 states, then a failing one of 2: the old count would reach past the new
+  // arrays, so filtering is refused.
+  CMcfButterworthqv g;
+  ASSERT_EQ(g.mcButter(1, 1000.0, 4, 100.0, 0.0), 1);
+  ASSERT_EQ(g.mcButter(3, 1000.0, 1, 0.0, 0.0), -1);
+  EXPECT_EQ(g.stateCount, 4);
+  Vec out2(40 + 24, 7.0);
+  g.filtfilt(x.data(), 40, out2.data(), nullptr);
+  EXPECT_EQ(out2, Vec(64, 7.0));
+  ASSERT_EQ(cap.messages.size(), 1u);
+  EXPECT_EQ(cap.messages[0], L"filtfilt: design the filter with mcButter first!\n");
+}
+
+TEST(McfButterworthHostile, ShortEmptyAndNullRecordsLeaveTheOutputAlone) {
+  MessageCapture cap;
+  CMcfButterworthqv f;
+  ASSERT_EQ(f.mcButter(1, 1000.0, 3, 100.0, 0.0), 1);  // N = 3, needs n > 9
+  Vec x = wave(9), out(9 + 18, 7.0);
+  f.filtfilt(x.data(), 9, out.data(), nullptr);
+  f.filtfilt(x.data(), 1, out.data(), nullptr);
+  ASSERT_EQ(cap.messages.size(), 2u);
+  EXPECT_EQ(cap.messages[0], L"filtfilt: the record must be longer than 9 samples (got 9)!\n");
+  f.filtfilt(x.data(), 0, out.data(), nullptr);
+  f.filtfilt(x.data(), -5, out.data(), nullptr);
+  f.filtfilt(nullptr, 20, out.data(), nullptr);
+  f.filtfilt(x.data(), 20, nullptr, nullptr);
+  EXPECT_EQ(cap.messages.size(), 2u);
+  EXPECT_EQ(out, Vec(27, 7.0));
+}
+
+TEST(McfButterworthHostile, ShortestRecordAndConstantsNeedNoTransient) {
+  // n = 3N + 1 reads exactly x[0..n-1]; a constant passes a unit-DC-gain low-pass unchanged.
+  CMcfButterworthqv f;
+  ASSERT_EQ(f.mcButter(1, 1000.0, 4, 50.0, 0.0), 1);
+  const int n = 13;
+  for (double c : {0.0, 2.5, -1e6, kDenorm}) {
+    SCOPED_TRACE(c);
+    Vec x(n, c), out(n + 24), work(n + 24);
+    f.filtfilt(x.data(), n, out.data(), work.data());
+    for (int k = 0; k < n; ++k) EXPECT_NEAR(out[k], c, 1e-9 * std::fabs(c) + 1e-300);
+  }
+}
+
+TEST(McfButterworthHostile, NonFiniteSamplesStayInTheirBuffers) {
+  CMcfButterworthqv f;
+  ASSERT_EQ(f.mcButter(2, 1000.0, 2, 20.0, 0.0), 1);
+  for (double bad : {kNan, kInf, -kInf, 1e308}) {
+    SCOPED_TRACE(bad);
+    Vec x = wave(50);
+    x[25] = bad;
+    Vec out(50 + 12), inPlace(50 + 12);
+    f.filtfilt(x.data(), 50, out.data(), nullptr);
+    std::copy(x.begin(), x.end(), inPlace.begin());
+    f.filtfilt(inPlace.data(), 50, inPlace.data(), nullptr);
+    // In place gives the same as from a separate record, NaNs included.
+    for (int k = 0; k < 50; ++k)
+      EXPECT_TRUE(out[k] == inPlace[k] || (std::isnan(out[k]) && std::isnan(inPlace[k])));
+  }
+}
+
+TEST(McfButterworthHostile, CopiesKeepTheSharedDesignAfterTheOriginalRedesigns) {
+  CMcfButterworthqv a;
+  ASSERT_EQ(a.mcButter(1, 1000.0, 6, 100.0, 0.0), 1);
+  CMcfButterworthqv b;
+  b = a;
+  EXPECT_EQ(b.numer, a.numer);
+  Vec x = wave(100, 1.0), before(136), after(136);
+  b.filtfilt(x.data(), 100, before.data(), nullptr);
+  ASSERT_EQ(a.mcButter(3, 1000.0, 2, 10.0, 20.0), 1);  // new, shorter arrays in a only
+  b.filtfilt(x.data(), 100, after.data(), nullptr);
+  EXPECT_EQ(before, after);
+}
+
+TEST(McfButterworthHostile, InitialConditionsOfOddRecords) {
+  Probe p;
+  double b[3] = {1.0, 2.0, 1.0}, a[3] = {1.0, -0.5, 0.25};
+  EXPECT_EQ(p.generate_initial_conditions(nullptr, a, 2), nullptr);
+  EXPECT_EQ(p.generate_initial_conditions(b, nullptr, 2), nullptr);
+  EXPECT_EQ(p.generate_initial_conditions(b, a, 0), nullptr);
+  EXPECT_EQ(p.generate_initial_conditions(b, a, kIntMin), nullptr);
+  EXPECT_EQ(p.initialConditions, nullptr);
+  // Non-finite numerators only reach the right-hand side.
+  double bn[3] = {kNan, kInf, 1.0};
+  double* zi = p.generate_initial_conditions(bn, a, 2);
+  ASSERT_NE(zi, nullptr);
+  EXPECT_TRUE(std::isnan(zi[0]));
+  // Conditions for more states than the design has are not used by filtfilt on a missing design.
+  MessageCapture cap;
+  Vec x = wave(20), out(20 + 12, 7.0);
+  p.filtfilt(x.data(), 20, out.data(), nullptr);
+  EXPECT_EQ(cap.messages.size(), 1u);
+}
+
+TEST(McfButterworthHostile, NaNEntriesReachTheCoefficientsNotTheSingularExit) {
+  // First column {1 + a[1], a[2]} = {0, NaN}: the NaN is taken as the pivot rather than the
+  // zero, so the routine runs to the end instead of ending the process.
+  Probe p;
+  double b[3] = {1.0, 2.0, 1.0}, a[3] = {1.0, -1.0, kNan};
+  double* zi = p.generate_initial_conditions(b, a, 2);
+  ASSERT_NE(zi, nullptr);
+  EXPECT_TRUE(std::isnan(zi[0]) || std::isnan(zi[1]));
+}
+
+using McfButterworthExitDeathTest = ::testing::Test;
+
+// 1 + a[1] = 0: the one-state matrix is [0].
+void conditionsOfASingularRecord() {
+  Probe p;
+  double b[2] = {1.0, 1.0};
+  double a[2] = {1.0, -1.0};
+  p.generate_initial_conditions(b, a, 1);
+}
+
+TEST_F(McfButterworthExitDeathTest, SingularMatrixEndsTheProcess) {
+  // A low-pass at 0 Hz puts every pole on z = 1, so 1 + a[1] + ... + a[N] = 0.
+  EXPECT_EXIT(
+      {
+        CMcfButterworthqv f;
+        f.mcButter(1, 1000.0, 4, 0.0, 0.0);
+      },
+      ::testing::ExitedWithCode(1), "invert_matrix: Singular Matrix\n");
+  EXPECT_EXIT(conditionsOfASingularRecord(), ::testing::ExitedWithCode(1),
+              "invert_matrix: Singular Matrix\n");
+}
+
+TEST_F(McfButterworthExitDeathTest, NonFiniteRateOrEdgeEndsTheEigenvalueIteration) {
+  for (double rate : {kNan, 0.0}) {
+    EXPECT_EXIT(
+        {
+          CMcfButterworthqv f;
+          f.mcButter(1, rate, 4, 100.0, 0.0);
+        },
+        ::testing::ExitedWithCode(1), "Too many iterations in hqr\n");
+  }
+  EXPECT_EXIT(
+      {
+        CMcfButterworthqv f;
+        f.mcButter(1, 1000.0, 4, kInf, 0.0);
+      },
+      ::testing::ExitedWithCode(1), "Too many iterations in hqr\n");
+}
+
+// ---------------------------------------------------------------- pole-zero IIR designer
+
+TEST(IirDesignerHostile, OrdersAtTheEndsOfIntAreRefused) {
+  MessageCapture cap;
+  CDigitFiltCoefMak08IIR d;
+  d.setOrder(kIntMin);
+  EXPECT_EQ(d.getOrder(), kIntMax - 1);
+  EXPECT_EQ(d.locatePolesAndZeros(), 0);
+  EXPECT_EQ(d.design(), 0);
+  EXPECT_EQ(d.filterGain(), nullptr);
+  EXPECT_EQ(d.aCoeff, nullptr);
+  ASSERT_FALSE(cap.messages.empty());
+  EXPECT_EQ(cap.messages[0], L"IIR filter order 2147483646 is out of range (1..100)!");
+  d.setFilterType(2);  // making INT_MAX - 1 even changes nothing, and nothing overflows
+  EXPECT_EQ(d.getOrder(), kIntMax - 1);
+  d.setOrder(kIntMax);
+  EXPECT_EQ(d.getOrder(), kIntMax - 1);
+  d.setOrder(0);
+  EXPECT_EQ(d.locatePolesAndZeros(), 0);
+  d.order = -4;  // a host writing the field directly
+  EXPECT_EQ(d.design(), 0);
+  EXPECT_EQ(d.getPReal(1), 0.0);
+  EXPECT_EQ(d.getACoeff(0), 0.0);
+}
+
+TEST(IirDesignerHostile, TooFewFrequencyPointsGiveNoCurve) {
+  MessageCapture cap;
+  CDigitFiltCoefMak08IIR d;
+  d.setOrder(4);
+  for (int points : {0, -1, kIntMin}) {
+    d.setFreqPoints(points);
+    EXPECT_EQ(d.filterGain(), nullptr);
+  }
+  ASSERT_EQ(cap.messages.size(), 3u);
+  EXPECT_EQ(cap.messages[0], L"The number of frequency points must be at least 1 (got 0)!");
+  d.setFreqPoints(1);  // both ends only
+  std::unique_ptr<double[]> gain(d.filterGain());
+  ASSERT_NE(gain, nullptr);
+  EXPECT_EQ(std::max(gain[0], gain[1]), 0.0);
+}
+
+TEST(IirDesignerHostile, ZeroRateGivesNaNPolesAndTheFloorPeak) {
+  // Nyquist 0 makes every pole NaN; NaN gains never beat the -100 dB floor, so the numerator
+  // (1 + z^-1)^2 is scaled by 10^5.
+  CDigitFiltCoefMak08IIR d;
+  d.setRate(0.0);
+  d.setOrder(2);
+  d.setFreqPoints(16);
+  std::unique_ptr<double[]> gain(d.filterGain());
+  ASSERT_NE(gain, nullptr);
+  EXPECT_TRUE(std::isnan(d.getBCoeff(1)));
+  EXPECT_DOUBLE_EQ(d.getACoeff(0), 1e5);
+  EXPECT_DOUBLE_EQ(d.getACoeff(1), 2e5);
+  EXPECT_DOUBLE_EQ(d.getACoeff(2), 1e5);
+}
+
+TEST(IirDesignerHostile, WildRatesEdgesAndRipplesStayInTheArrays) {
+  const double values[] = {kNan, kInf, -kInf, 0.0, -625.0, kDenorm, 1e308};
+  for (int type : {0, 1, 2, 3, -1}) {
+    for (int proto : {1, 5}) {
+      for (double v : values) {
+        CDigitFiltCoefMak08IIR d;
+        d.setPrototype(proto);
+        d.setFilterType(type);
+        d.setOrder(5);
+        d.setFreqPoints(8);
+        d.setFreq2(v);
+        d.setRipple(v);
+        std::unique_ptr<double[]> a(d.filterGain());
+        ASSERT_NE(a, nullptr);
+        d.setRate(v);
+        d.setFreq1(v);
+        std::unique_ptr<double[]> b(d.filterGain());
+        ASSERT_NE(b, nullptr);
+        d.getPReal(d.getOrder() + 5);  // beyond our arrays: 0, no read
+        EXPECT_EQ(d.getPImag(-1), 0.0);
+      }
+    }
+  }
+}
+
+TEST(IirDesignerHostile, EdgeBeyondNyquistIsAFiniteDesign) {
+  CDigitFiltCoefMak08IIR d;
+  d.setRate(625.0);
+  d.setOrder(4);
+  d.setFreq2(400.0);  // beyond 312.5 Hz: tan() of an angle past pi/2
+  d.setFreqPoints(64);
+  std::unique_ptr<double[]> gain(d.filterGain());
+  ASSERT_NE(gain, nullptr);
+  EXPECT_TRUE(allFinite(gain.get(), 65));
+  EXPECT_EQ(*std::max_element(gain.get(), gain.get() + 65), 0.0);
+}
+
+TEST(IirDesignerHostile, OddBandPassOrderWrittenByTheHostUsesTheSpareSlot) {
+  CDigitFiltCoefMak08IIR d;
+  d.setFilterType(2);
+  d.order = 5;  // the setters would have made it 6
+  d.setFreq1(20.0);
+  d.setFreq2(60.0);
+  EXPECT_EQ(d.locatePolesAndZeros(), 1);
+  EXPECT_EQ(d.design(), 1);
+  std::unique_ptr<double[]> gain(d.filterGain());
+  ASSERT_NE(gain, nullptr);
+}
+
+TEST(IirDesignerHostile, GrowingTheOrderAfterDesignRedesigns) {
+  CDigitFiltCoefMak08IIR d;
+  d.setOrder(2);
+  ASSERT_EQ(d.design(), 1);
+  CDigitFiltCoefMak08IIR shared;
+  shared = d;
+  d.setOrder(12);
+  d.setFreqPoints(32);
+  std::unique_ptr<double[]> gain(d.filterGain());
+  ASSERT_NE(gain, nullptr);
+  EXPECT_NE(d.getBCoeff(12), 0.0);
+  EXPECT_EQ(d.getBCoeff(13), 0.0);
+  EXPECT_EQ(shared.getBCoeff(3), 0.0);  // the copy keeps its order-2 arrays
+  EXPECT_NE(shared.getBCoeff(2), 0.0);
+}
+
+TEST(IirDesignerHostile, TextSettersIgnoreOtherTexts) {
+  CDigitFiltCoefMak08IIR d;
+  for (const wchar_t* t : {L"", L"L", L"LPX", L"chebyshev ", L"\x0100P"}) {
+    d.setFilterType(t);
+    d.setPrototype(t);
+  }
+  EXPECT_EQ(d.getFilterType(), 0);
+  EXPECT_EQ(d.getPrototype(), 1);
+  d.setOrder(5);
+  d.setFilterType(L"bP");
+  EXPECT_EQ(d.getOrder(), 6);
+  d.setPrototype(L"CHEBYSHEV");
+  EXPECT_EQ(d.getPrototype(), 5);
+}
+
+// ---------------------------------------------------------------- biquad designer
+
+TEST(BiquadDesignerHostile, UnsupportedTypesChangeNothing) {
+  CDigitFiltCoefMak07BiQuad q;
+  ASSERT_EQ(q.BiQuad_new(0, 0.0, 100.0, 1000.0, 0.7, 1.0), 1);
+  q.BiQuad(1.0);
+  const double cb0 = q.cb0, cy1 = q.cy1;
+  for (int type : {2, 10, -1, kIntMin, kIntMax}) {
+    EXPECT_EQ(q.BiQuad_new(type, kNan, kNan, 0.0, 0.0, 0.0), 0);
+    EXPECT_EQ(q.cb0, cb0);
+    EXPECT_EQ(q.cy1, cy1);
+  }
+}
+
+TEST(BiquadDesignerHostile, DegenerateParametersGiveNonFiniteCoefficientsNotFailures) {
+  const double values[] = {kNan, kInf, 0.0, -1.0, kDenorm, 1e308};
+  for (int type : {0, 1, 3, 4, 5, 6, 7, 8, 9}) {
+    for (double v : values) {
+      CDigitFiltCoefMak07BiQuad q;
+      EXPECT_EQ(q.BiQuad_new(type, v, 100.0, 1000.0, 0.7, 1.0), 1);
+      EXPECT_EQ(q.BiQuad_new(type, 6.0, v, 1000.0, 0.7, 1.0), 1);
+      EXPECT_EQ(q.BiQuad_new(type, 6.0, 100.0, v, 0.7, 1.0), 1);
+      EXPECT_EQ(q.BiQuad_new(type, 6.0, 100.0, 1000.0, v, v), 1);
+      q.BiQuad(v);
+    }
+  }
+  // Rate 0: omega is infinite, sin and cos NaN, and so is every output.
+  CDigitFiltCoefMak07BiQuad q;
+  ASSERT_EQ(q.BiQuad_new(0, 0.0, 100.0, 0.0, 0.7, 1.0), 1);
+  EXPECT_TRUE(std::isnan(q.BiQuad(1.0)));
+}
+
+TEST(BiquadDesignerHostile, ResonatorRecoversFromNonFiniteInputAfterClear) {
+  CDigitFiltCoefMak07BiQuad q;
+  q.tickRate = 0.0;
+  q.setFreqAndReson(10.0, 0.9);  // theta infinite: cos NaN
+  EXPECT_TRUE(std::isnan(q.poleCoef1));
+  EXPECT_DOUBLE_EQ(q.poleCoef2, -0.81);
+  q.setPoleCoeffs(nullptr);
+  q.setZeroCoeffs(nullptr);
+  EXPECT_TRUE(std::isnan(q.tick(kInf)));
+  double zero[2] = {0.0, 0.0};
+  q.setPoleCoeffs(zero);
+  q.setZeroCoeffs(zero);
+  q.setGain(3.0);
+  q.clear();
+  EXPECT_EQ(q.tick(1.0), 3.0);
+  EXPECT_EQ(q.lastOutput, 3.0);
+}
+
+TEST(BiquadDesignerHostile, OrderEstimateOfDegenerateSchemesIsNotANumberOrInfinite) {
+  CDigitFiltCoefMak07BiQuad q;
+  // Equal edges: ln 1 = 0 in the divisor.
+  EXPECT_TRUE(std::isinf(q.estimateFilterOrder(1.0, 40.0, 100.0, 100.0, 1000.0)));
+  EXPECT_FALSE(std::isfinite(q.estimateFilterOrder(0.0, 40.0, 100.0, 200.0, 1000.0)));
+  EXPECT_TRUE(std::isnan(q.estimateFilterOrder(1.0, 40.0, 100.0, 200.0, kNan)));
+  // A pass edge at 0: tan 0 = 0 makes the divisor infinite and the estimate 0.
+  EXPECT_EQ(q.estimateFilterOrder(1.0, 40.0, 0.0, 200.0, 1000.0), 0.0);
+}
+
+// ---------------------------------------------------------------- acquisition filter objects
+
+filter_iirspec stage(double rate, double low, double high, int type = 0) {
+  filter_iirspec s;
+  s.enabled = 1;
+  s.filterType = type;
+  s.sampleRate = rate;
+  s.freqLow = low;
+  s.freqHigh = high;
+  s.order = 2;
+  return s;
+}
+
+TEST(MeFilterAcqHostile, StageCoefficientCountsOutsideTheStore) {
+  Vec x = wave(50);
+  for (int count : {-1, kIntMin, 0}) {
+    CMeFilterAcq f;
+    filter_iirspec s = stage(1000.0, 1.0, 100.0);
+    s.numCoefs = count;
+    f.setFilterParameters(s);
+    Vec d = x;
+    f.filter(d.data(), 50);
+    EXPECT_EQ(d, Vec(50, 0.0));  // no term: every output is the cleared sum
+  }
+  for (int count : {41, 60, kIntMax}) {
+    CMeFilterAcq f;
+    filter_iirspec s = stage(1000.0, 1.0, 100.0);
+    s.numCoefs = count;
+    for (double& c : s.coefs) c = 0.01;
+    f.setFilterParameters(s);
+    Vec d = x;
+    f.filter(d.data(), 50);  // stops at a[39], the last slot of the store
+    EXPECT_TRUE(allFinite(d.data(), 50));
+  }
+}
+
+TEST(MeFilterAcqHostile, WildRingIndexAndBlocksWithoutSamples) {
+  CMeFilterAcq f;
+  filter_iirspec s = stage(1000.0, 1.0, 100.0);
+  s.numCoefs = 3;
+  s.coefs[0] = 1.0;
+  f.setFilterParameters(s);
+  for (std::int64_t ring : {std::int64_t{-1}, std::numeric_limits<std::int64_t>::min(),
+                            std::numeric_limits<std::int64_t>::max()}) {
+    f.ringIndex = ring;
+    double v = 2.0;
+    f.filter(&v, 1);
+    EXPECT_EQ(v, 2.0);
+    EXPECT_GE(f.ringIndex, 0);
+    EXPECT_LT(f.ringIndex, 20);
+  }
+  Vec d = wave(4);
+  const Vec before = d;
+  f.filter(d.data(), 0);
+  f.filter(d.data(), -3);
+  f.filter(nullptr, 4);
+  CMeFilterAcqHPFilter hp;
+  hp.setFilterParameters(s);
+  hp.filter(nullptr, 4);
+  hp.filter(d.data(), -1);
+  CMeFilterAcqPowerLineqv pl;
+  pl.setFilterParameters(stage(1000.0, 45.0, 55.0));
+  pl.filter(nullptr, 4);
+  pl.filterIntPol(d.data(), 0);
+  pl.filterIntPol(nullptr, 4);
+  EXPECT_EQ(d, before);
+}
+
+TEST(MeFilterAcqHostile, FirstOrderFiltersWithNonFiniteRates) {
+  for (double rate : {0.0, kNan, -kInf, kDenorm}) {
+    CMeFilterAcqLPFilter lp;
+    CMeFilterAcqHPFilter hp;
+    lp.setFilterParameters(stage(rate, 1.0, 10.0));
+    hp.setFilterParameters(stage(rate, 1.0, 10.0));
+    Vec d = wave(10);
+    lp.filter(d.data(), 10);
+    hp.filter(d.data(), 10);
+    // A finite rate again starts from a cleared state.
+    lp.setFilterParameters(stage(1000.0, 1.0, 10.0));
+    Vec c(5, 1.0);
+    lp.filter(c.data(), 5);
+    EXPECT_TRUE(allFinite(c.data(), 5));
+  }
+}
+
+TEST(MeFilterAcqHostile, SettlingTimesWithoutFrequencies) {
+  CMeFilterAcqNotchFilter notch(50.0, 0.0), other(0.0, 3.0);
+  EXPECT_EQ(notch.getSettlingTime(), 0.0);
+  EXPECT_EQ(other.getSettlingTime(), 0.0);
+  CMeFilterAcqHPFilter hp;
+  CMeFilterAcqLPFilter lp;
+  EXPECT_EQ(hp.getSettlingTime(), 0.0);
+  EXPECT_EQ(lp.getSettlingTime(), 0.0);
+  hp.PassFilter(kNan, 1, 0);
+  EXPECT_TRUE(std::isnan(hp.getSettlingTime()));
+}
+
+TEST(MeFilterAcqHostile, ExtraValuesWithOddCounts) {
+  CMeFilterAcq none(10.0, -5, nullptr);
+  EXPECT_EQ(none.extraCount, 0);
+  EXPECT_EQ(none.extra, nullptr);
+  CMeFilterAcq zeros(10.0, 3, nullptr);
+  ASSERT_NE(zeros.extra, nullptr);
+  EXPECT_EQ(zeros.extra[2], 0.0);
+  CMeFilterAcq copy(zeros);
+  EXPECT_NE(copy.extra, zeros.extra);
+  EXPECT_EQ(copy.extraCount, 3);
+}
+
+TEST(MeFilterAcqHostile, PowerLineRatesWithoutAWholePeriodAreReported) {
+  for (double rate : {0.0, -1000.0, kNan, kInf, 1e300, 20.0}) {
+    SCOPED_TRACE(rate);
+    MessageCapture cap;
+    CMeFilterAcqPowerLine f;
+    f.setFilterParameters(stage(rate, 45.0, 55.0));
+    EXPECT_EQ(f.period, 0);
+    EXPECT_EQ(cap.messages.size(), 1u);
+    Vec d = wave(30);
+    const Vec before = d;
+    f.filter(d.data(), 30);
+    EXPECT_EQ(d, before);
+  }
+}
+
+TEST(MeFilterAcqHostile, ResamplingRemoverRefusesRatesBelowMainsOver1024) {
+  // Tiny rates would put a huge number of grid points (for denormal rates: more than the
+  // stepping can count) between two samples.
+  for (double rate : {1e-300, 1e-6, 0.048}) {
+    SCOPED_TRACE(rate);
+    MessageCapture cap;
+    CMeFilterAcqPowerLineqv f;
+    f.setFilterParametersIntPol(stage(rate, 45.0, 55.0));
+    EXPECT_EQ(f.period, 0);
+    ASSERT_EQ(cap.messages.size(), 1u);
+    EXPECT_EQ(cap.messages[0].rfind(L"Power-line filter: a sample rate of ", 0), 0u);
+    Vec d = wave(30);
+    const Vec before = d;
+    f.filterIntPol(d.data(), 30);
+    EXPECT_EQ(d, before);
+  }
+  // 50 / 1024 Hz is the lowest rate taken: 1024 grid points per sample.
+  MessageCapture cap;
+  CMeFilterAcqPowerLineqv f;
+  f.setFilterParametersIntPol(stage(50.0 / 1024.0, 45.0, 55.0));
+  EXPECT_EQ(f.period, 1);
+  EXPECT_TRUE(cap.messages.empty());
+  Vec d = wave(30);
+  f.filterIntPol(d.data(), 30);
+  EXPECT_TRUE(allFinite(d.data(), 30));
+  EXPECT_GE(f.workCapacity, 30 * 1024);
+}
+
+TEST(MeFilterAcqHostile, ResamplingRemoverWithNonFiniteOrNegativeRates) {
+  // A denormal rate has no whole grid period (rate / mains underflows to 0).
+  for (double rate : {0.0, -1000.0, -20.0, kNan, kInf, -kInf, 1e300, kDenorm}) {
+    SCOPED_TRACE(rate);
+    MessageCapture cap;
+    CMeFilterAcqPowerLineqv f;
+    f.setFilterParametersIntPol(stage(rate, 45.0, 55.0));
+    EXPECT_EQ(f.period, 0);
+    EXPECT_EQ(cap.messages.size(), 1u);
+    Vec d = wave(30);
+    const Vec before = d;
+    f.filterIntPol(d.data(), 30);
+    EXPECT_EQ(d, before);
+  }
+}
+
+TEST(MeFilterAcqHostile, ResamplingRemoverGuardsAGridStepAHostChanged) {
+  CMeFilterAcqPowerLineqv f;
+  f.setFilterParametersIntPol(stage(1024.0, 45.0, 55.0));
+  f.invGridRate = 1e-300;  // a grid step far below one sample
+  Vec d = wave(30);
+  const Vec before = d;
+  f.filterIntPol(d.data(), 30);
+  EXPECT_EQ(d, before);
+  f.invGridRate = -1.0;
+  f.filterIntPol(d.data(), 30);
+  EXPECT_EQ(d, before);
+}
+
+TEST(MeFilterAcqHostile, NonFiniteSamplesAndLongBlocksThroughTheRemovers) {
+  CMeFilterAcqPowerLineqv f;
+  f.setFilterParametersIntPol(stage(1024.0, 45.0, 55.0));
+  Vec d = wave(200000);
+  d[7] = kNan;
+  d[8] = kInf;
+  f.filterIntPol(d.data(), static_cast<std::int64_t>(d.size()));
+  EXPECT_GE(f.workCapacity, 205079);  // ceil(200000 * 1050 / 1024) + 2
+  // One-sample blocks after the long one.
+  for (int i = 0; i < 50; ++i) {
+    double v = kDenorm;
+    f.filterIntPol(&v, 1);
+  }
+  CMeFilterAcqPowerLine p;
+  p.setFilterParameters(stage(1000.0, 45.0, 55.0));
+  p.meanLength = 0.0;  // a host zeroing the divisor gets non-finite output, not a crash
+  Vec e = wave(40);
+  p.filter(e.data(), 40);
+  EXPECT_FALSE(std::isfinite(e[0]));
+}
+
+TEST(MeFilterAcqHostile, CopiesOfSetUpRemoversStartSwitchedOff) {
+  CMeFilterAcqPowerLineqv f;
+  f.setFilterParametersIntPol(stage(1024.0, 45.0, 55.0));
+  Vec d = wave(64);
+  f.filterIntPol(d.data(), 64);
+  CMeFilterAcqPowerLineqv copy(f);
+  EXPECT_EQ(copy.period, 0);
+  Vec e = wave(64);
+  const Vec before = e;
+  copy.filterIntPol(e.data(), 64);
+  copy.filter(e.data(), 64);
+  EXPECT_EQ(e, before);
+  // Assignment shares the work array; either side growing it leaves the other's intact.
+  CMeFilterAcqPowerLineqv assigned;
+  assigned = f;
+  EXPECT_EQ(assigned.work, f.work);
+  Vec big = wave(5000);
+  f.filterIntPol(big.data(), 5000);
+  Vec small = wave(64);
+  assigned.filterIntPol(small.data(), 64);
+  EXPECT_TRUE(allFinite(small.data(), 64));
+}
+
+}  // namespace
