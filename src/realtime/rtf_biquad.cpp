@@ -382,8 +382,10 @@ int CRtf1Biquad::setCheckCoefs(CFilterDcLtSetAcqqv& settings) {
 int CRtf1Biquad::makeAllBiquadCoeffs(int onlyEnabled) {
   int count = 0;
   for (const auto& stage : biquadList) {
-    if (!stage || (onlyEnabled != 0 && stage->enabled == 0)) continue;
-    biquad_calculate(static_cast<BIQUAD_PARAM1*>(stage.get()));
+    // A record of another cascade's type put in by a host is not a stage of this one.
+    auto* bq = dynamic_cast<BIQUAD_PARAM1*>(stage.get());
+    if (!bq || (onlyEnabled != 0 && bq->enabled == 0)) continue;
+    biquad_calculate(bq);
     ++count;
   }
   lastIndex = count - 1;
@@ -421,8 +423,9 @@ int CRtf1Biquad::filtDataAcq(double* data, std::int64_t length, std::int64_t sta
 
   int n = 0;
   for (const auto& stage : biquadList) {
-    if (!stage || stage->enabled == 0) continue;
-    stages[n++] = static_cast<BIQUAD_PARAM1*>(stage.get());
+    auto* bq = dynamic_cast<BIQUAD_PARAM1*>(stage.get());  // foreign records are skipped
+    if (!bq || bq->enabled == 0) continue;
+    stages[n++] = bq;
     if (n == kChunk) {
       run(n);
       n = 0;

@@ -87,6 +87,7 @@ class CRtf0Basic {
   double minHighEdge = 0.0;  // 0.0005 rate
   double maxHighEdge = 0.0;  // 0.5 rate
   std::int32_t auxCount = 3;
+  // Owned stages; a cascade skips null entries and records of another cascade's type.
   digitfilt::PtrList<digitfilt::BiquadStageRecord> biquadList;
   std::int32_t lastIndex = 0;
   std::int32_t firstCall = 1;

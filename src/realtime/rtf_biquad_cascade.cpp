@@ -197,8 +197,10 @@ void runStages(const digitfilt::PtrList<digitfilt::BiquadStageRecord>& list, dou
   };
   int n = 0;
   for (const auto& stage : list) {
-    if (!stage || stage->enabled == 0) continue;
-    stages[n++] = static_cast<Record*>(stage.get());
+    // A record of another cascade's type put in by a host is not a stage of this one.
+    auto* rec = dynamic_cast<Record*>(stage.get());
+    if (!rec || rec->enabled == 0) continue;
+    stages[n++] = rec;
     if (n == kChunk) {
       run(n);
       n = 0;
@@ -280,8 +282,9 @@ int CRtf2Biquad::setCheckCoefs(CFilterDcLtSetAcqqv& settings) {
 int CRtf2Biquad::makeAllBiquadCoeffs(int onlyEnabled) {
   int count = 0;
   for (const auto& stage : biquadList) {
-    if (!stage || (onlyEnabled != 0 && stage->enabled == 0)) continue;
-    calcBiquad(static_cast<BIQUAD_PARAM2*>(stage.get()));
+    auto* bq = dynamic_cast<BIQUAD_PARAM2*>(stage.get());  // foreign records are skipped
+    if (!bq || (onlyEnabled != 0 && bq->enabled == 0)) continue;
+    calcBiquad(bq);
     ++count;
   }
   lastIndex = count - 1;
@@ -393,8 +396,9 @@ int CRtf3Biquad::setCheckCoefs(CFilterDcLtSetAcqqv& settings) {
 int CRtf3Biquad::makeAllBiquadCoeffs(int onlyEnabled) {
   int count = 0;
   for (const auto& stage : biquadList) {
-    if (!stage || (onlyEnabled != 0 && stage->enabled == 0)) continue;
-    makeCoefs(static_cast<BIQUAD_PARAM3*>(stage.get()));  // recomputes the own record only
+    auto* bq = dynamic_cast<BIQUAD_PARAM3*>(stage.get());  // foreign records are skipped
+    if (!bq || (onlyEnabled != 0 && bq->enabled == 0)) continue;
+    makeCoefs(bq);  // recomputes the own record only
     ++count;
   }
   lastIndex = count - 1;
