@@ -118,6 +118,12 @@ int weightedError(int r, CRemezData* data, GridCos gridCos) {
 // Record-level entry points pass the record's six-slot arrays: at most three bands fit.
 bool recordBandsFit(const Filter_Remez* f) { return f->numBands >= 1 && f->numBands <= 3; }
 
+// The tap transform writes numTaps taps: refused when the record's own array is shorter.
+bool tapsFit(const Filter_Remez* f) {
+  const std::int64_t len = f->ownCoefsLength();
+  return len < 0 || f->numTaps <= len;
+}
+
 int runExchange(std::int64_t numTaps, std::int64_t numBands, const double* bands,
                 const double* des, const double* weight, CRemezData* data,
                 std::int64_t gridDensity, std::int64_t type, bool filledGridOnly) {
@@ -390,7 +396,8 @@ int CDigitFiltCoefMak06Remez01::_08findTap(std::int64_t numTaps, int r, CRemezDa
 
 int CDigitFiltCoefMak06Remez01::_10Freq2FiltRspAmp(double f, int r, CRemezData* data,
                                                    double& A) {
-  if (r < 0 || !data || !data->xCos || r + 1 > data->extLength()) {
+  if (r < 0 || !data || !data->xCos ||
+      static_cast<std::int64_t>(r) + 1 > data->extLength()) {
     A = 1.0;
     return 0;
   }
@@ -445,7 +452,7 @@ int CDigitFiltCoefMak06Remez02::rmzSearchX(std::int64_t numTaps, std::int64_t nu
 }
 
 int CDigitFiltCoefMak06Remez03::remezPM03k(Filter_Remez* f) {
-  if (!f || !recordBandsFit(f) || !f->coefs) return 0;
+  if (!f || !recordBandsFit(f) || !f->coefs || !tapsFit(f)) return 0;
   CRemezData data;
   if (rmzSearch(f->numTaps, f->numBands, f->bands, f->des, f->weight, &data, f->gridDensity,
                 f->remezType) < 1)
@@ -455,7 +462,7 @@ int CDigitFiltCoefMak06Remez03::remezPM03k(Filter_Remez* f) {
 }
 
 int CDigitFiltCoefMak06Remez03::remez00(Filter_Remez* f) {
-  if (!f || !recordBandsFit(f) || !f->coefs) return 0;
+  if (!f || !recordBandsFit(f) || !f->coefs || !tapsFit(f)) return 0;
   CRemezData data;
   if (rmzSearchX(f->numTaps, f->numBands, f->bands, f->des, f->weight, &data, f->gridDensity,
                  f->remezType) < 0)

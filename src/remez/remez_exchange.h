@@ -139,7 +139,8 @@ class CDigitFiltCoefMak06Remez03 : public CDigitFiltCoefMak06Remez02 {
  public:
   // Designs f->numTaps taps into f->coefs (which must hold them): rmzSearch, parameters over
   // extCap - 1 extremals, samples, tap transform. 1, or 0 for a null record, a band count
-  // outside 1..3, a missing tap array or a failed (or zero-iteration) run.
+  // outside 1..3, a missing tap array (or the record's own one shorter than numTaps) or a failed
+  // (or zero-iteration) run.
   static int remezPM03k(Filter_Remez* f);
   // The same design with rmzSearchX and the final parameters over r + 1 extremals: a working
   // equiripple design. An odd numTaps designs like numTaps - 2 taps with zero end taps, since

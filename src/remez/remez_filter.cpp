@@ -9,7 +9,11 @@
 
 namespace {
 
-bool appliesTaps(const Filter_Remez& f) { return f.enabled != 0 && f.tapCount > 0 && f.coefs; }
+// A tapCount a host wrote beyond the record's own array leaves the record out.
+bool appliesTaps(const Filter_Remez& f) {
+  const std::int64_t len = f.ownCoefsLength();
+  return f.enabled != 0 && f.tapCount > 0 && f.coefs && (len < 0 || f.tapCount <= len);
+}
 
 // y[i] = sum_k coefs[k] x[(start(i) + k) mod n] / scale, start(i) in [0, n).
 template <class StartIndex>
@@ -137,9 +141,11 @@ double* CDigitFiltCoefMak06Remezqv::filterGain(std::int64_t n, Filter_Remez* f) 
   if (!f || !f->coefs || n < -1 ||
       n >= static_cast<std::int64_t>(PTRDIFF_MAX / sizeof(double) / 2))
     return nullptr;
+  const std::int64_t last = std::min(f->order, f->tapCount);
+  const std::int64_t len = f->ownCoefsLength();
+  if (len >= 0 && last >= len) return nullptr;
   double* gains = new (std::nothrow) double[static_cast<std::size_t>(n + 1)];
   if (!gains) return nullptr;
-  const std::int64_t last = std::min(f->order, f->tapCount);
   for (std::int64_t i = 0; i <= n; ++i) {
     const double w = static_cast<double>(i) * digitfilt::kPi / static_cast<double>(n);
     double re = 0.0, im = 0.0;
@@ -184,11 +190,18 @@ double CDigitFiltCoefMak06Remezqv::ckCorrectTrnUp(double tr, double low, double 
 
 double CDigitFiltCoefMak06Remezqv::ckCorrectTrnDn(double tr, double low, double high) {
   if (!transitionArgumentsValid(tr, low, high)) return 0.0001;
-  while (tr > 1.0) {
-    const double next = tr - std::ceil((tr - 1.0) / 0.0001) * 0.0001;
-    if (!(next < tr)) break;
-    tr = next;
+  constexpr double kStep = 0.0001;
+  constexpr int kStepLimit = 2000000;
+  for (int i = 0; i < kStepLimit; ++i) {
+    if (!(low >= high - tr)) return tr;
+    tr -= kStep;
   }
-  while (low >= high - tr) tr -= 0.0001;
+  // Still outside the band after two million steps: the width was far above the band width, or
+  // too large (infinite) for a step to move it. Stepping again from just above the band width
+  // ends within a step of where the long stepping would; with edges too large for a step to
+  // tell apart, the checks' fallback.
+  if (!(std::fabs(low) < 1e6 && std::fabs(high) < 1e6)) return kStep;
+  tr = (high - low) + 2.0 * kStep;
+  while (low >= high - tr) tr -= kStep;
   return tr;
 }

@@ -15,7 +15,8 @@ class CDigitFiltCoefMak06Remez07 : public CDigitFiltCoefMak06Remez04 {
   int makeAllCoef() override;
   // For each enabled record with taps: y[i] = sum_k coefs[k] x[(i + k) mod n]. Every record
   // reads x and overwrites y, so with several enabled records y holds the last one's output.
-  // Returns the number of records applied (0 for null arrays).
+  // Returns the number of records applied (0 for null arrays). A record whose tapCount exceeds
+  // its own tap array is left out.
   int filter(double* x, double* y, std::int64_t n) override;
 
   std::int64_t bufferLen = 0;
@@ -49,7 +50,8 @@ class CDigitFiltCoefMak06Remezqv : public CDigitFiltCoefMak06Remez07 {
   // n + 1 gains 10 log10(re^2 + im^2) of the taps coefs[0..order] at w = i pi / n, i = 0..n,
   // unnormalised. The sum reads coefs[order], one past the taps of an even order: the arrays
   // computeCoef takes carry a zero there. Never reads beyond coefs[tapCount]. The caller
-  // delete[]s the result; null for a null record, a record without taps or n < -1.
+  // delete[]s the result; null for a null record, a record without taps, n < -1, or counts
+  // reaching past the record's own tap array.
   double* filterGain(std::int64_t n, Filter_Remez* f);
 
   // 20 log10(b / a).
@@ -59,7 +61,10 @@ class CDigitFiltCoefMak06Remezqv : public CDigitFiltCoefMak06Remez07 {
   // WARNING: when tr + low >= high the call never returns. It keeps subtracting 0.0001 from tr
   // without testing again, which hosts have always avoided; do not call it with such input.
   static double ckCorrectTrnUp(double tr, double low, double high);
-  // Same checks; then tr is lowered in steps of 0.0001 until low < high - tr. Widths above 1
-  // first drop below 1 by whole steps at once, so nonsense input cannot spin for long.
+  // Same checks; then tr is lowered in steps of 0.0001 until low < high - tr. A width that
+  // needs more than two million steps (far above the band, infinite, or too large for a step to
+  // move it) steps again from just above the band width, ending within a step of the long
+  // stepping's result; edges of magnitude 1e6 or more then give 0.0001. So no input spins for
+  // long.
   static double ckCorrectTrnDn(double tr, double low, double high);
 };

@@ -31,6 +31,7 @@ double* withSpareSlot(std::int64_t n) {
 double* Filter_Remez::allocCoefs(std::int64_t n) {
   coefsOwner_.reset(withSpareSlot(n));
   coefs = coefsOwner_.get();
+  coefsLen_ = coefs ? n + 1 : 0;
   return coefs;
 }
 
@@ -43,6 +44,7 @@ double* Filter_Remez::allocAuxTail(std::int64_t n) {
 void Filter_Remez::releaseArrays() {
   coefsOwner_.reset();
   auxTailOwner_.reset();
+  coefsLen_ = 0;
   coefs = nullptr;
   auxTail = nullptr;
 }

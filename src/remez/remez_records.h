@@ -36,8 +36,15 @@ class Filter_Remez {
   // Drops this record's hold on both arrays and nulls the pointers. Arrays a host put into the
   // pointers itself are left to the host.
   void releaseArrays();
+  // Entries the record's own tap array holds (n + 1 with the spare slot), so that counts a host
+  // writes into numTaps, tapCount or order can be held against it; -1 when `coefs` is not the
+  // array the record took (null, or a host's array, whose length it cannot know).
+  std::int64_t ownCoefsLength() const {
+    return coefs && coefs == coefsOwner_.get() ? coefsLen_ : -1;
+  }
 
  private:
+  std::int64_t coefsLen_ = 0;
   std::shared_ptr<double[]> coefsOwner_;
   std::shared_ptr<double[]> auxTailOwner_;
 };
