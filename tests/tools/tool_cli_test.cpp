@@ -321,40 +321,94 @@ std::vector<double> readEdfSignal(const std::string& path, int signal, double* b
   return x;
 }
 
-TEST(ToolFilter, EdfAndBdfMatchTheLibraryAndKeepTheHeader) {
-  for (int filetype : {EDFLIB_FILETYPE_EDFPLUS, EDFLIB_FILETYPE_BDFPLUS}) {
-    SCOPED_TRACE(filetype);
-    TempDir dir;
-    const int records = 6;
-    const std::vector<int> perRecord = {250, 125};
-    const auto a = testSignals(1, 250 * records, 250.0)[0];
-    const auto b = testSignals(2, 125 * records, 125.0)[1];
-    const std::string in = dir / (filetype == EDFLIB_FILETYPE_BDFPLUS ? "in.bdf" : "in.edf");
-    const std::string out = dir / (filetype == EDFLIB_FILETYPE_BDFPLUS ? "out.bdf" : "out.edf");
-    writeEdfPlus(in, filetype, {a, b}, perRecord, records);
-    writeFile(dir / "s.json", kSettingsJson);
-    const ToolRun r = runTool(dir, {"filter", "--settings", "s.json", "--in", in, "--out", out});
-    ASSERT_EQ(r.status, 0) << r.err;
-    // 125 Hz leaves room for one mains harmonic only: the library says so.
-    EXPECT_NE(r.err.find("Power-line noise harmonic is out of the filtering range (2->1)!?"),
-              std::string::npos)
-        << r.err;
-    const std::string inBytes = readFile(in), outBytes = readFile(out);
-    ASSERT_EQ(inBytes.size(), outBytes.size());
-    EXPECT_EQ(inBytes.substr(0, 256 * 4), outBytes.substr(0, 256 * 4));  // 3 signals + header
-    std::string annotation;
-    for (int s = 0; s < 2; ++s) {
-      double bit = 0;
-      const auto inPhys = readEdfSignal(in, s);
-      const auto outPhys = readEdfSignal(out, s, &bit, &annotation);
-      const auto ref = libraryBlocks(inPhys, perRecord[s], 2);
-      ASSERT_EQ(outPhys.size(), ref.size());
-      for (std::size_t i = 0; i < ref.size(); ++i)
-        ASSERT_NEAR(outPhys[i], ref[i], 0.5 * bit * (1 + 1e-9)) << "signal " << s << " sample " << i;
-    }
-    EXPECT_EQ(annotation, "stimulus");
-  }
+// A plain EDF or BDF file written byte by byte (edflib writes only the "+" kinds).
+void writePlainEdf(const std::string& path, bool bdf, const std::vector<std::vector<double>>& x,
+                   const std::vector<int>& perRecord, int records) {
+  auto field = [](std::string v, std::size_t width) {
+    v.resize(width, ' ');
+    return v;
+  };
+  const std::size_t ns = x.size();
+  const long digMax = bdf ? 8388607 : 32767, digMin = bdf ? -8388608 : -32768;
+  std::string h = bdf ? std::string("\xff") + "BIOSEMI" : field("0", 8);
+  h += field("Plain Patient", 80) + field("Plain recording", 80) + "01.02.03" + "04.05.06";
+  h += field(std::to_string(256 * (ns + 1)), 8) + field(bdf ? "24BIT" : "", 44);
+  h += field(std::to_string(records), 8) + field("1", 8) + field(std::to_string(ns), 4);
+  for (std::size_t s = 0; s < ns; ++s) h += field("EEG " + std::to_string(s + 1), 16);
+  for (std::size_t s = 0; s < ns; ++s) h += field("AgAgCl electrode", 80);
+  for (std::size_t s = 0; s < ns; ++s) h += field("uV", 8);
+  for (std::size_t s = 0; s < ns; ++s) h += field("-2000", 8);
+  for (std::size_t s = 0; s < ns; ++s) h += field("2000", 8);
+  for (std::size_t s = 0; s < ns; ++s) h += field(std::to_string(digMin), 8);
+  for (std::size_t s = 0; s < ns; ++s) h += field(std::to_string(digMax), 8);
+  for (std::size_t s = 0; s < ns; ++s) h += field("HP:0.1Hz", 80);
+  for (std::size_t s = 0; s < ns; ++s) h += field(std::to_string(perRecord[s]), 8);
+  for (std::size_t s = 0; s < ns; ++s) h += field("", 32);
+  for (int r = 0; r < records; ++r)
+    for (std::size_t s = 0; s < ns; ++s)
+      for (int i = 0; i < perRecord[s]; ++i) {
+        const double v = x[s][r * perRecord[s] + i];
+        const long d = std::lround((v + 2000.0) / 4000.0 * (digMax - digMin) + digMin);
+        for (int b = 0; b < (bdf ? 3 : 2); ++b) h += static_cast<char>((d >> (8 * b)) & 0xFF);
+      }
+  writeFile(path, h);
 }
+
+struct EdfKind {
+  const char* name;
+  int filetype;
+  const char* extension;
+  std::size_t headerBytes;  // EDF+ and BDF+ carry an annotation signal
+};
+
+class ToolFilterEdf : public testing::TestWithParam<EdfKind> {};
+
+// Two signals at different rates; the output keeps the header (and annotations) byte for byte.
+TEST_P(ToolFilterEdf, MatchesTheLibraryAndKeepsTheHeader) {
+  const EdfKind& kind = GetParam();
+  TempDir dir;
+  const int records = 6;
+  const std::vector<int> perRecord = {250, 125};
+  const auto a = testSignals(1, 250 * records, 250.0)[0];
+  const auto b = testSignals(2, 125 * records, 125.0)[1];
+  const std::string in = dir / (std::string("in.") + kind.extension);
+  const std::string out = dir / (std::string("out.") + kind.extension);
+  const bool plus = kind.filetype == EDFLIB_FILETYPE_EDFPLUS ||
+                    kind.filetype == EDFLIB_FILETYPE_BDFPLUS;
+  if (plus)
+    writeEdfPlus(in, kind.filetype, {a, b}, perRecord, records);
+  else
+    writePlainEdf(in, kind.filetype == EDFLIB_FILETYPE_BDF, {a, b}, perRecord, records);
+  writeFile(dir / "s.json", kSettingsJson);
+  const ToolRun r = runTool(dir, {"filter", "--settings", "s.json", "--in", in, "--out", out});
+  ASSERT_EQ(r.status, 0) << r.err;
+  // 125 Hz leaves room for one mains harmonic only: the library says so.
+  EXPECT_NE(r.err.find("Power-line noise harmonic is out of the filtering range (2->1)!?"),
+            std::string::npos)
+      << r.err;
+  const std::string inBytes = readFile(in), outBytes = readFile(out);
+  ASSERT_EQ(inBytes.size(), outBytes.size());
+  EXPECT_EQ(inBytes.substr(0, kind.headerBytes), outBytes.substr(0, kind.headerBytes));
+  std::string annotation;
+  for (int s = 0; s < 2; ++s) {
+    double bit = 0;
+    const auto inPhys = readEdfSignal(in, s);
+    const auto outPhys = readEdfSignal(out, s, &bit, &annotation);
+    const auto ref = libraryBlocks(inPhys, perRecord[s], 2);
+    ASSERT_EQ(outPhys.size(), ref.size());
+    for (std::size_t i = 0; i < ref.size(); ++i)
+      ASSERT_NEAR(outPhys[i], ref[i], 0.5 * bit * (1 + 1e-9)) << "signal " << s << " sample " << i;
+  }
+  EXPECT_EQ(annotation, plus ? "stimulus" : "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, ToolFilterEdf,
+    testing::Values(EdfKind{"EdfPlus", EDFLIB_FILETYPE_EDFPLUS, "edf", 256 * 4},
+                    EdfKind{"BdfPlus", EDFLIB_FILETYPE_BDFPLUS, "bdf", 256 * 4},
+                    EdfKind{"Edf", EDFLIB_FILETYPE_EDF, "edf", 256 * 3},
+                    EdfKind{"Bdf", EDFLIB_FILETYPE_BDF, "bdf", 256 * 3}),
+    [](const testing::TestParamInfo<EdfKind>& info) { return std::string(info.param.name); });
 
 // ---------------------------------------------------------------------------------------------
 

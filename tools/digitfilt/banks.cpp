@@ -166,7 +166,6 @@ class AcqButterworthBank : public ChannelBank {
 class DirectButterworthBank : public ChannelBank {
  public:
   int configure(CFilterDcLtSetAcqqv& settings) override {
-    settings_ = settings;
     const int count = bank_.setCheckCoefs(settings);
     if (count <= 0) return count;
     bank_.makeAllButterworthCoeffs(1);
@@ -344,23 +343,19 @@ std::string bankClassName(BankKind kind) {
   switch (kind) {
     case BankKind::kButterworth: return "CDigitFiltCoefMak01ButterworthAcqqv";
     case BankKind::kDirectButterworth: return "CMeFilterButterworthqv";
-    case BankKind::kBiquad0: return "CRtfBiquadFace class 0 (CRtf1Biquad)";
-    case BankKind::kBiquad1: return "CRtfBiquadFace class 1 (CRtf2Biquad)";
-    case BankKind::kBiquad2: return "CRtfBiquadFace class 2 (CRtf3Biquad)";
+    case BankKind::kBiquad0: return "CRtfBiquadFace class 0: CRtf1Biquad";
+    case BankKind::kBiquad1: return "CRtfBiquadFace class 1: CRtf2Biquad";
+    case BankKind::kBiquad2: return "CRtfBiquadFace class 2: CRtf3Biquad";
   }
   return "?";
 }
 
 std::string bankChoicesHelp() {
-  return "butterworth         CDigitFiltCoefMak01ButterworthAcqqv (default): direct-form Butterworth "
-         "stages,\n"
-         "                    all notches and the mains comb\n"
-         "direct-butterworth  CMeFilterButterworthqv: cascaded sections; lists no mains comb\n"
-         "biquad0             CRtfBiquadFace class 0, CRtf1Biquad: cookbook biquads\n"
-         "biquad1             CRtfBiquadFace class 1, CRtf2Biquad: cookbook biquads, direct form "
-         "I\n"
-         "biquad2             CRtfBiquadFace class 2, CRtf3Biquad: stages keep unit "
-         "coefficients\n";
+  return "  butterworth (default)  CDigitFiltCoefMak01ButterworthAcqqv\n"
+         "  direct-butterworth     CMeFilterButterworthqv (lists no mains comb)\n"
+         "  biquad0                CRtfBiquadFace class 0, CRtf1Biquad\n"
+         "  biquad1                CRtfBiquadFace class 1, CRtf2Biquad\n"
+         "  biquad2                CRtfBiquadFace class 2, CRtf3Biquad (unit stages)";
 }
 
 std::unique_ptr<ChannelBank> makeBank(BankKind kind) {

@@ -15,7 +15,7 @@ enum class BankKind { kButterworth, kDirectButterworth, kBiquad0, kBiquad1, kBiq
 BankKind parseBankKind(const std::string& name);
 std::string bankName(BankKind kind);       // as given to --bank
 std::string bankClassName(BankKind kind);  // the library class doing the work
-// "butterworth, direct-butterworth, biquad0, biquad1, biquad2" with one line each, for --help.
+// One line per bank name with its library class, for --help.
 std::string bankChoicesHelp();
 std::vector<std::string> bankNames();
 

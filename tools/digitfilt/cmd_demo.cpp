@@ -25,6 +25,13 @@ constexpr std::uint64_t kSeed = 20240611;
 
 double powerDb(double p) { return 10.0 * std::log10(std::max(p, 1e-30)); }
 
+// Three decimals, or three significant digits once a bank's gain makes the value huge.
+std::string microvolts(double v) {
+  char buf[32];
+  std::snprintf(buf, sizeof buf, v < 1e4 ? "%.3f" : "%.3g", v);
+  return buf;
+}
+
 struct ChannelReport {
   double mainsBefore = 0, mainsAfter = 0;  // mean-square power, uV^2
   double driftBefore = 0, driftAfter = 0;
@@ -89,10 +96,14 @@ std::string demoSvg(const SyntheticEeg& sig, const std::vector<double>& out, std
               true};
   spec.xMin = 0.2;
   spec.xMax = sig.rate / 2;
-  double top = -1e9;
-  for (double v : before.y) top = std::max(top, v);
+  // 160 dB below the highest curve, but always low enough to show the input: a bank with a
+  // huge gain must not push the input out of the picture.
+  double top = -1e9, topBefore = -1e9;
+  for (const Curve* c : {&before, &after})
+    for (double v : c->y) top = std::max(top, v);
+  for (double v : before.y) topBefore = std::max(topBefore, v);
   spec.yMax = std::ceil(top / 10.0) * 10.0 + 10.0;
-  spec.yMin = spec.yMax - 160.0;
+  spec.yMin = std::min(spec.yMax - 160.0, std::floor(topBefore / 10.0) * 10.0 - 100.0);
   spec.curves = {before, clean, after};
 
   PlotPanel resp;
@@ -101,14 +112,14 @@ std::string demoSvg(const SyntheticEeg& sig, const std::vector<double>& out, std
   resp.yLabel = "Gain (dB)";
   resp.xMin = spec.xMin;
   resp.xMax = sig.rate / 2;
-  resp.yMin = -100.0;
-  resp.yMax = 10.0;
   // The harmonic centres join the grid so the plot shows how deep the notches really go.
   std::vector<double> rf = logSpacedFrequencies(resp.xMin, resp.xMax, 800);
   for (int h = 1; h <= sig.mainsHarmonics; ++h) rf.push_back(h * sig.mainsHz);
   std::sort(rf.begin(), rf.end());
   std::vector<double> rdb;
   for (double m : bank.bankMagnitude(rf)) rdb.push_back(toDb(m));
+  resp.yMin = -100.0;
+  resp.yMax = std::max(10.0, std::ceil(*std::max_element(rdb.begin(), rdb.end()) / 10.0) * 10.0 + 10.0);
   resp.curves = {Curve{"bank", rf, rdb, "#000000", 1.8}};
   return renderSvg("digitfilt demo: synthetic EEG through an acquisition filter bank",
                    {spec, resp});
@@ -206,21 +217,22 @@ int runDemo(const DemoOptions& opt) {
   for (std::size_t i = 0; i < run.stageLabels.size(); ++i)
     o << "  " << i + 1 << "  " << run.stageLabels[i] << "\n";
   std::snprintf(line, sizeof line,
-                "\nPower in dB re 1 uV^2, measured after the first %g s (high-pass settling):\n",
+                "\nPowers in dB re 1 uV^2, measured after the first %g s (high-pass settling):\n",
                 static_cast<double>(from) / opt.rate);
   o << line;
-  o << "          -------- mains --------   ---- drift ----   ------ residual, uV rms ------\n"
-       "channel   before  after  reduction   before  after     vs clean  vs clean through bank\n";
+  o << "         ------ mains (dB) ------   - drift (dB) -   ----------- uV rms -----------\n"
+       "channel  before  after  reduction   before  after       clean  residual  artefacts\n";
   for (std::size_t c = 0; c < reports.size(); ++c) {
     const ChannelReport& r = reports[c];
-    std::snprintf(line, sizeof line, "%5zu    %7.1f %6.1f %7.1f dB   %6.1f %6.1f   %10.2f %12.3f\n",
+    std::snprintf(line, sizeof line, "%5zu   %7.1f %6.1f %8.1f    %7.1f %6.1f   %9s %9s %10s\n",
                   c + 1, powerDb(r.mainsBefore), powerDb(r.mainsAfter),
                   powerDb(r.mainsBefore) - powerDb(r.mainsAfter), powerDb(r.driftBefore),
-                  powerDb(r.driftAfter), r.residualRms, r.artefactRms);
+                  powerDb(r.driftAfter), microvolts(r.cleanRms).c_str(),
+                  microvolts(r.residualRms).c_str(), microvolts(r.artefactRms).c_str());
     o << line;
   }
-  o << "(\"vs clean\" includes the bank's own phase shift and band limits on the EEG; \"through\n"
-       "bank\" compares with the clean EEG filtered the same way: what is left of the artefacts.)\n";
+  o << "residual: output minus the clean EEG (includes the bank's own phase shift and band\n"
+       "limits on the EEG); artefacts: output minus the clean EEG through the same bank.\n";
   std::snprintf(line, sizeof line,
                 "\nThroughput: %.0f samples in %.2f ms: %.1f M samples/s, %.0fx real time.\n",
                 samples, 1e3 * run.filterSeconds, perSecond / 1e6, realTime);

@@ -279,7 +279,8 @@ DesignReport designRemez(const DesignOptions& o) {
   }
   for (std::size_t i = 0; i < weight.size(); ++i) f->weight[i] = weight[i];
   if (remez.makeAllCoef() < 1 || !f->coefs || f->tapCount < 1)
-    throw ToolError("remez: the exchange found no design for this specification");
+    throw ToolError("remez: makeAllCoef designed no record: the library's exchange stops at the "
+                    "zero-weight tail of its doubled grid arrays, so it finds no taps");
   DesignReport r;
   r.headline = std::string("Equiripple (Remez) FIR ") + typeWord(code) + ", " +
                std::to_string(f->tapCount) + " taps, " +

@@ -1,4 +1,5 @@
 // digitfilt filter: every channel of a CSV, raw or EDF file through an acquisition bank.
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <map>
@@ -18,6 +19,16 @@ namespace {
 void checkRate(double rate, const std::string& what) {
   if (!(rate > 0.0) || !std::isfinite(rate))
     throw ToolError(what + ": the sample rate must be positive (got " + formatNumber(rate) + ")");
+}
+
+// "250" or, for an EDF file with signals at several rates, "250/125".
+std::string ratesText(const std::vector<double>& rates) {
+  std::vector<double> distinct;
+  for (double r : rates)
+    if (std::find(distinct.begin(), distinct.end(), r) == distinct.end()) distinct.push_back(r);
+  std::string text;
+  for (double r : distinct) text += (text.empty() ? "" : "/") + formatNumber(r);
+  return text;
 }
 
 }  // namespace
@@ -67,7 +78,7 @@ int runFilter(const FilterOptions& opt) {
 
   if (!opt.quiet) {
     std::cout << "Filtered " << rec.channelCount() << " channel(s) x " << samples
-              << " samples at " << formatNumber(rec.rates[0]) << " Hz (" << formatName(format)
+              << " samples at " << ratesText(rec.rates) << " Hz (" << formatName(format)
               << ") through " << bankName(kind) << " (" << bankClassName(kind) << "), "
               << (opt.zeroPhase ? std::string("forward and backward")
                                 : opt.block == 0 ? std::string("whole record in one block")

@@ -88,6 +88,9 @@ int runResponse(const ResponseOptions& opt) {
     p.xMax = freqs.back();
     p.yMin = -100;
     p.yMax = 10;
+    for (const auto& db : stageDb)
+      for (double v : db) p.yMax = std::max(p.yMax, std::ceil(v / 10.0) * 10.0 + 10.0);
+    for (double v : bankDb) p.yMax = std::max(p.yMax, std::ceil(v / 10.0) * 10.0 + 10.0);
     for (std::size_t i = 0; i < labels.size(); ++i)
       p.curves.push_back(Curve{labels[i], freqs, stageDb[i], curveColor(i), 1.0, true});
     p.curves.push_back(Curve{"whole bank", freqs, bankDb, "#000000", 2.0});

@@ -67,7 +67,8 @@ int main(int argc, char** argv) {
   filterCmd->add_option("--channels", filt.channels, "channel count of raw input");
   filterCmd->add_flag("--quiet", filt.quiet, "no summary and no progress bar");
   filterCmd->footer(
-      "Raw input is little-endian float64, one frame of all channels per sample.\n"
+      "Raw input is little-endian float64, one frame of all channels per sample. A progress bar\n"
+      "appears on a terminal when filtering takes more than a second.\n"
       "Example:\n"
       "  digitfilt settings --template > s.json\n"
       "  digitfilt filter --settings s.json --in eeg.csv --rate 500 --out eeg-filtered.csv");

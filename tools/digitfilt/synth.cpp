@@ -32,9 +32,10 @@ class Random {
   std::uint64_t state_;
 };
 
-// Pink (1/f power) noise between fLo and fHi, shaped in the frequency domain, scaled to `rms`.
-std::vector<double> pinkNoise(std::size_t n, double rate, double fLo, double fHi, double rms,
-                              Random& rnd) {
+// EEG-like background shaped in the frequency domain: 1/f power from fLo to fKnee, falling as
+// 1/f^3 above it up to fHi, nothing outside; scaled to `rms`.
+std::vector<double> backgroundNoise(std::size_t n, double rate, double fLo, double fKnee,
+                                    double fHi, double rms, Random& rnd) {
   const std::size_t m = nextPowerOfTwo(n);
   std::vector<std::complex<double>> buf(m);
   for (auto& v : buf) v = rnd.normal();
@@ -42,7 +43,8 @@ std::vector<double> pinkNoise(std::size_t n, double rate, double fLo, double fHi
   for (std::size_t k = 0; k < m; ++k) {
     const std::size_t kk = k <= m / 2 ? k : m - k;
     const double f = rate * static_cast<double>(kk) / static_cast<double>(m);
-    buf[k] *= (f >= fLo && f <= fHi) ? 1.0 / std::sqrt(f) : 0.0;
+    const double amp = f <= fKnee ? 1.0 / std::sqrt(f) : std::pow(f / fKnee, -1.5) / std::sqrt(fKnee);
+    buf[k] *= (f >= fLo && f <= fHi) ? amp : 0.0;
   }
   fft(buf, true);
   std::vector<double> x(n);
@@ -71,8 +73,8 @@ SyntheticEeg synthesizeEeg(int channels, double seconds, double rate, double mai
 
   Random rnd(seed);
   for (int c = 0; c < channels; ++c) {
-    std::vector<double> clean = pinkNoise(n, rate, 1.0, 0.45 * rate,
-                                          8.0 + 2.0 * (c % 4), rnd);
+    std::vector<double> clean =
+        backgroundNoise(n, rate, 1.0, 30.0, 0.45 * rate, 8.0 + 2.0 * (c % 4), rnd);
     // Alpha is strongest over the back of the head: the second half of the channels.
     const double alphaAmp = c >= channels / 2 ? 22.0 : 9.0;
     const double alphaHz = 9.6 + 0.1 * (c % 8);
