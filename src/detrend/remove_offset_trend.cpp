@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 
 namespace {
 
@@ -153,8 +154,10 @@ int removeMean(double* data, int64_t n) {
 
 template <class Owner>
 int correctRange(Owner& o, int64_t length) {
-  if (o.rangeFirst >= length) o.rangeFirst = length - 1;
-  if (o.rangeLast > length) o.rangeLast = length - 1;
+  // The lowest length has no predecessor: it stands for itself rather than overflow.
+  const int64_t lastIndex = length == std::numeric_limits<int64_t>::min() ? length : length - 1;
+  if (o.rangeFirst >= length) o.rangeFirst = lastIndex;
+  if (o.rangeLast > length) o.rangeLast = lastIndex;
   return o.rangeFirst < o.rangeLast ? 1 : 0;
 }
 

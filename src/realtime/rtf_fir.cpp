@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdint>
 #include <cstring>
 
 #include "digitfilt/foundation/design_base.h"
@@ -20,11 +21,17 @@ bool inRange(const std::vector<double>& v, int taps, int i) {
   return i >= 0 && i < taps && static_cast<std::size_t>(i) < v.size();
 }
 
-// Writes tap(n) at index n + taps/2 for n = -taps/2 .. taps/2 - 1.
+// Writes tap(n) at index n + taps/2 for n = -taps/2 .. taps/2 - 1. A host that wrote `taps`
+// beyond the stored coefficients gets the stored ones written and one message for the rest,
+// rather than a message per missing index (billions for a wild count).
 template <class Tap>
 void writeTaps(CRtf6Fir& fir, Tap tap) {
   const int half = fir.taps / 2;
-  for (int n = -half; n < half; ++n) fir.setCoeff(tap(n), n + half);
+  const std::int64_t stored = static_cast<std::int64_t>(fir.coeffs.size());
+  const std::int64_t end = std::min<std::int64_t>(half, stored - half);
+  for (std::int64_t n = -half; n < end; ++n)
+    fir.setCoeff(tap(static_cast<int>(n)), static_cast<int>(n + half));
+  if (end < half) say("\nThat coefficient does not exist\n");
 }
 
 }  // namespace

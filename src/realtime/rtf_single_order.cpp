@@ -32,14 +32,18 @@ double stepFirstOrder(Section& s, double x) {
 
 int CRtfSingleOrderTcPf::cal_firstorder(fstord* f, double fc, double fs, double gain,
                                         double sign) {
+  if (f == nullptr) return 0;
   designFirstOrder(*f, fc, fs, gain, sign);
   return 1;
 }
 
-double CRtfSingleOrderTcPf::first_order(fstord* f, double x) { return stepFirstOrder(*f, x); }
+double CRtfSingleOrderTcPf::first_order(fstord* f, double x) {
+  return f == nullptr ? 0.0 : stepFirstOrder(*f, x);
+}
 
 int CRtfSingleOrderTcPf::setstate(SINGLE_ORDER_TCPFX* s, double fc, double fs, double q,
                                   double extra) {
+  if (s == nullptr) return 0;
   s->f = std::sin(digitfilt::kPi * fc / fs);
   s->damp = 1.0 / q;
   s->low = s->band = s->high = s->notch = 0.0;
@@ -49,6 +53,7 @@ int CRtfSingleOrderTcPf::setstate(SINGLE_ORDER_TCPFX* s, double fc, double fs, d
 }
 
 int CRtfSingleOrderTcPf::statevar(SINGLE_ORDER_TCPFX* s, double x) {
+  if (s == nullptr) return 0;
   const double b0 = s->band;
   s->low += s->f * b0;
   s->high = x - s->low - s->damp * b0;

@@ -29,7 +29,8 @@ struct SINGLE_ORDER_TCPFX {
   double extra = 0.0;   // stored by setstate, never read by statevar
 };
 
-// Operations on caller-owned records; no argument is checked.
+// Operations on caller-owned records. Values are not checked (a zero rate or a corner beyond
+// Nyquist gives infinite or NaN coefficients); a null record gives 0 and is left alone.
 class CRtfSingleOrderTcPf {
  public:
   int cal_firstorder(fstord* f, double fc, double fs, double gain, double sign);
