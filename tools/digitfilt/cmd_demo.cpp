@@ -119,7 +119,8 @@ std::string demoSvg(const SyntheticEeg& sig, const std::vector<double>& out, std
   std::vector<double> rdb;
   for (double m : bank.bankMagnitude(rf)) rdb.push_back(toDb(m));
   resp.yMin = -100.0;
-  resp.yMax = std::max(10.0, std::ceil(*std::max_element(rdb.begin(), rdb.end()) / 10.0) * 10.0 + 10.0);
+  const double gainTop = *std::max_element(rdb.begin(), rdb.end());
+  resp.yMax = gainTop > 5.0 ? std::ceil(gainTop / 10.0) * 10.0 + 10.0 : 10.0;
   resp.curves = {Curve{"bank", rf, rdb, "#000000", 1.8}};
   return renderSvg("digitfilt demo: synthetic EEG through an acquisition filter bank",
                    {spec, resp});

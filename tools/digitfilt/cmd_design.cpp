@@ -364,8 +364,8 @@ int runDesign(const DesignOptions& o) {
   }
   out << "response:\n";
   for (std::size_t i = 0; i < r.at.size(); ++i) {
-    std::snprintf(buf, sizeof buf, "  %-12s %10g Hz  %12.6g  %9.2f dB\n", r.at[i].name.c_str(),
-                  r.at[i].hz, r.magnitude[i], toDb(r.magnitude[i]));
+    std::snprintf(buf, sizeof buf, "  %-12s %10g Hz  %12.6g  %s\n", r.at[i].name.c_str(),
+                  r.at[i].hz, r.magnitude[i], formatDb(r.magnitude[i], 9).c_str());
     out << buf;
   }
   for (const std::string& w : r.warnings) std::cerr << "digitfilt: warning: " << w << "\n";

@@ -51,19 +51,8 @@ int runResponse(const ResponseOptions& opt) {
   const std::vector<std::string> labels = bank->stageLabels();
   const std::vector<SettingChange> changes = settingChanges(requested, corrected);
 
-  const std::vector<double> freqs =
-      logSpacedFrequencies(std::max(rate * 1e-4, 0.01), rate / 2, static_cast<std::size_t>(opt.points));
-  std::vector<std::vector<double>> stageDb;
-  for (std::size_t i = 0; i < labels.size(); ++i) {
-    std::vector<double> db;
-    for (double m : bank->stageMagnitude(i, freqs)) db.push_back(toDb(m));
-    stageDb.push_back(db);
-  }
-  std::vector<double> bankDb;
-  for (double m : bank->bankMagnitude(freqs)) bankDb.push_back(toDb(m));
-
   // A few frequencies worth reading off: the settings' own edges and centres, and the extremes.
-  std::set<double> named = {freqs.front(), rate / 2};
+  std::set<double> named = {std::max(rate * 1e-4, 0.01), rate / 2};
   const CFilterDcLtSetAcqqv& s = corrected;
   if (s.highPassOn) named.insert(s.highPassFreq);
   if (s.lowPassOn) named.insert(s.lowPassFreq);
@@ -77,6 +66,21 @@ int runResponse(const ResponseOptions& opt) {
   namedFreqs.erase(std::remove_if(namedFreqs.begin(), namedFreqs.end(),
                                   [&](double f) { return !(f > 0) || f > rate / 2; }),
                    namedFreqs.end());
+  // The named frequencies join the curves' grid, so notches show their real depth.
+  std::vector<double> freqs =
+      logSpacedFrequencies(std::max(rate * 1e-4, 0.01), rate / 2, static_cast<std::size_t>(opt.points));
+  freqs.insert(freqs.end(), namedFreqs.begin(), namedFreqs.end());
+  std::sort(freqs.begin(), freqs.end());
+  freqs.erase(std::unique(freqs.begin(), freqs.end()), freqs.end());
+  std::vector<std::vector<double>> stageDb;
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    std::vector<double> db;
+    for (double m : bank->stageMagnitude(i, freqs)) db.push_back(toDb(m));
+    stageDb.push_back(db);
+  }
+  std::vector<double> bankDb;
+  for (double m : bank->bankMagnitude(freqs)) bankDb.push_back(toDb(m));
+
   const std::vector<double> namedMag = bank->bankMagnitude(namedFreqs);
 
   if (!opt.svgPath.empty()) {
@@ -87,12 +91,13 @@ int runResponse(const ResponseOptions& opt) {
     p.xMin = freqs.front();
     p.xMax = freqs.back();
     p.yMin = -100;
-    p.yMax = 10;
-    for (const auto& db : stageDb)
-      for (double v : db) p.yMax = std::max(p.yMax, std::ceil(v / 10.0) * 10.0 + 10.0);
-    for (double v : bankDb) p.yMax = std::max(p.yMax, std::ceil(v / 10.0) * 10.0 + 10.0);
+    double top = 0.0;
+    for (const auto& db : stageDb) top = std::max(top, *std::max_element(db.begin(), db.end()));
+    top = std::max(top, *std::max_element(bankDb.begin(), bankDb.end()));
+    // Room above 0 dB only for banks that amplify somewhere.
+    p.yMax = top > 5.0 ? std::ceil(top / 10.0) * 10.0 + 10.0 : 10.0;
     for (std::size_t i = 0; i < labels.size(); ++i)
-      p.curves.push_back(Curve{labels[i], freqs, stageDb[i], curveColor(i), 1.0, true});
+      p.curves.push_back(Curve{labels[i], freqs, stageDb[i], curveColor(i), 1.5, false, 0.75});
     p.curves.push_back(Curve{"whole bank", freqs, bankDb, "#000000", 2.0});
     writeTextFile(opt.svgPath, renderSvg("Magnitude response of every stage and of the bank", {p}));
   }
@@ -148,7 +153,7 @@ int runResponse(const ResponseOptions& opt) {
   std::cout << "Gain of the whole bank:\n";
   char line[96];
   for (std::size_t k = 0; k < namedFreqs.size(); ++k) {
-    std::snprintf(line, sizeof line, "  %10g Hz  %8.2f dB\n", namedFreqs[k], toDb(namedMag[k]));
+    std::snprintf(line, sizeof line, "  %10g Hz  %s\n", namedFreqs[k], formatDb(namedMag[k]).c_str());
     std::cout << line;
   }
   if (!opt.svgPath.empty()) std::cout << "Wrote " << opt.svgPath << "\n";

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 namespace digitfilt::tool {
 namespace {
@@ -148,6 +149,17 @@ double toDb(double magnitude, double floorDb) {
   if (std::isinf(magnitude) && magnitude > 0.0) return -floorDb;
   if (!(magnitude > 0.0) || !std::isfinite(magnitude)) return floorDb;
   return std::max(floorDb, 20.0 * std::log10(magnitude));
+}
+
+std::string formatDb(double magnitude, int width) {
+  char buf[48];
+  if (magnitude == 0.0)
+    std::snprintf(buf, sizeof buf, "%*s dB", width, "-inf");
+  else if (toDb(magnitude) <= -300.0)
+    std::snprintf(buf, sizeof buf, "%*s dB", width, "< -300");
+  else
+    std::snprintf(buf, sizeof buf, "%*.2f dB", width, toDb(magnitude));
+  return buf;
 }
 
 }  // namespace digitfilt::tool

@@ -2,6 +2,7 @@
 // Spectral measurements for the tool: FFT, Welch power spectral density, band power and the
 // magnitude of a finite response at chosen frequencies.
 #include <complex>
+#include <string>
 #include <cstdint>
 #include <vector>
 
@@ -47,5 +48,9 @@ std::vector<double> logSpacedFrequencies(double fLo, double fHi, std::size_t cou
 
 // 20 log10(v), floored at `floorDb` (also for 0 and NaN); +infinity gives -floorDb.
 double toDb(double magnitude, double floorDb = -300.0);
+
+// "-3.01 dB" with two decimals, "-inf dB" for an exact zero and "< -300 dB" below that,
+// right-aligned in `width`.
+std::string formatDb(double magnitude, int width = 8);
 
 }  // namespace digitfilt::tool

@@ -99,6 +99,7 @@ void axes(std::ostringstream& o, const Frame& f) {
 void polyline(std::ostringstream& o, const Curve& c, const std::string& points) {
   o << "<polyline class=\"curve\" data-label=\"" << xmlEscape(c.label) << "\" fill=\"none\" stroke=\""
     << c.color << "\" stroke-width=\"" << c.width << "\" stroke-linejoin=\"round\""
+    << (c.opacity < 1.0 ? " stroke-opacity=\"" + num(c.opacity) + "\"" : std::string())
     << (c.dashed ? " stroke-dasharray=\"6 4\"" : "") << " points=\"" << points << "\"/>\n";
 }
 
@@ -124,12 +125,13 @@ void curve(std::ostringstream& o, const Frame& f, const Curve& c) {
   if (!points.empty() || !any) polyline(o, c, points);
 }
 
-void legend(std::ostringstream& o, const Frame& f, const std::vector<Curve>& curves) {
+void legend(std::ostringstream& o, const Frame& f, const std::vector<Curve>& curves, bool top) {
   if (curves.empty()) return;
   std::size_t longest = 0;
   for (const Curve& c : curves) longest = std::max(longest, c.label.size());
   const double w = 40 + 6.5 * static_cast<double>(longest), h = 8 + 16.0 * curves.size();
-  const double x = f.left + f.width - w - 8, y = f.top + 8;
+  const double x = top ? f.left + f.width - w - 8 : f.left + 8;
+  const double y = top ? f.top + 8 : f.top + f.height - h - 8;
   o << "<g class=\"legend\">\n<rect x=\"" << num(x) << "\" y=\"" << num(y) << "\" width=\""
     << num(w) << "\" height=\"" << num(h)
     << "\" fill=\"white\" fill-opacity=\"0.9\" stroke=\"#999999\"/>\n";
@@ -206,7 +208,7 @@ std::string renderSvg(const std::string& title, const std::vector<PlotPanel>& pa
       << "<g clip-path=\"url(#" << clip << ")\">\n";
     for (const Curve& c : p.curves) curve(o, f, c);
     o << "</g>\n";
-    legend(o, f, p.curves);
+    legend(o, f, p.curves, p.legendTop);
     o << "</g>\n";
   }
   o << "</svg>\n";

@@ -12,6 +12,7 @@ struct Curve {
   std::string color = "#1f77b4";
   double width = 1.5;
   bool dashed = false;
+  double opacity = 1.0;
 };
 
 struct PlotPanel {
@@ -21,6 +22,7 @@ struct PlotPanel {
   bool logX = true;
   double xMin = 0.0, xMax = 1.0;
   double yMin = 0.0, yMax = 0.0;  // yMin >= yMax: fitted to the data
+  bool legendTop = false;         // default: bottom left, where gain and spectrum plots are empty
   std::vector<Curve> curves;
 };
 
