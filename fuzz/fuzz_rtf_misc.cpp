@@ -3,6 +3,8 @@
 // tap count poked directly into its public field, copies, and a run of wild samples. Its messages
 // go to standard output, which this target sends to /dev/null. The first-order records and the
 // designer object get wild corner frequencies, rates, gains and signs and a run of samples.
+#include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -17,10 +19,11 @@ namespace {
 using digitfilt::fuzz::Input;
 
 int wildIndex(Input& in, int taps) {
+  const std::int64_t t = taps;
   switch (in.byte() % 4) {
     case 0: return static_cast<int>(in.range(-3, 3));
-    case 1: return static_cast<int>(in.range(taps - 3, taps + 3));
-    case 2: return static_cast<int>(in.range(0, taps > 0 ? taps - 1 : 0));
+    case 1: return static_cast<int>(std::clamp<std::int64_t>(in.range(t - 3, t + 3), INT_MIN, INT_MAX));
+    case 2: return static_cast<int>(in.range(0, t > 0 ? t - 1 : 0));
     default: return static_cast<int>(static_cast<std::int32_t>(in.u32()));
   }
 }
