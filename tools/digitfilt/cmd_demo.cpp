@@ -82,11 +82,11 @@ std::vector<double> psdDb(const std::vector<double>& x, std::size_t from, double
 
 std::string demoSvg(const SyntheticEeg& sig, const std::vector<double>& out, std::size_t from,
                     ChannelBank& bank, const std::string& bankLabel) {
-  PlotPanel spec;
-  spec.title = "Channel 1 power spectrum (after the first " +
+  PlotPanel spectrum;
+  spectrum.title = "Channel 1 power spectrum (after the first " +
                formatNumber(static_cast<double>(from) / sig.rate) + " s)";
-  spec.xLabel = "Frequency (Hz)";
-  spec.yLabel = "Power density (dB re 1 \u00b5V\u00b2/Hz)";
+  spectrum.xLabel = "Frequency (Hz)";
+  spectrum.yLabel = "Power density (dB re 1 \u00b5V\u00b2/Hz)";
   std::vector<double> f;
   Curve before{"before: EEG + offset, drift, mains", {}, psdDb(sig.total[0], from, sig.rate, f),
                "#d62728", 1.2};
@@ -94,23 +94,23 @@ std::string demoSvg(const SyntheticEeg& sig, const std::vector<double>& out, std
   Curve after{"after the bank", f, psdDb(out, from, sig.rate, f), "#1f77b4", 1.6};
   Curve clean{"clean EEG (reference)", f, psdDb(sig.clean[0], from, sig.rate, f), "#7f7f7f", 1.0,
               true};
-  spec.xMin = 0.2;
-  spec.xMax = sig.rate / 2;
+  spectrum.xMin = 0.2;
+  spectrum.xMax = sig.rate / 2;
   // 160 dB below the highest curve, but always low enough to show the input: a bank with a
   // huge gain must not push the input out of the picture.
   double top = -1e9, topBefore = -1e9;
   for (const Curve* c : {&before, &after})
     for (double v : c->y) top = std::max(top, v);
   for (double v : before.y) topBefore = std::max(topBefore, v);
-  spec.yMax = std::ceil(top / 10.0) * 10.0 + 10.0;
-  spec.yMin = std::min(spec.yMax - 160.0, std::floor(topBefore / 10.0) * 10.0 - 100.0);
-  spec.curves = {before, clean, after};
+  spectrum.yMax = std::ceil(top / 10.0) * 10.0 + 10.0;
+  spectrum.yMin = std::min(spectrum.yMax - 160.0, std::floor(topBefore / 10.0) * 10.0 - 100.0);
+  spectrum.curves = {before, clean, after};
 
   PlotPanel resp;
   resp.title = "Magnitude response of the bank: " + bankLabel;
   resp.xLabel = "Frequency (Hz)";
   resp.yLabel = "Gain (dB)";
-  resp.xMin = spec.xMin;
+  resp.xMin = spectrum.xMin;
   resp.xMax = sig.rate / 2;
   // The harmonic centres join the grid so the plot shows how deep the notches really go.
   std::vector<double> rf = logSpacedFrequencies(resp.xMin, resp.xMax, 800);
@@ -123,7 +123,7 @@ std::string demoSvg(const SyntheticEeg& sig, const std::vector<double>& out, std
   resp.yMax = gainTop > 5.0 ? std::ceil(gainTop / 10.0) * 10.0 + 10.0 : 10.0;
   resp.curves = {Curve{"bank", rf, rdb, "#000000", 1.8}};
   return renderSvg("digitfilt demo: synthetic EEG through an acquisition filter bank",
-                   {spec, resp});
+                   {spectrum, resp});
 }
 
 }  // namespace

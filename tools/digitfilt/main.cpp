@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
                "signals, files and settings, and plot what they do."};
   app.require_subcommand(1);
   app.set_version_flag("--version", "digitfilt 0.1.0");
-  app.footer("Start with:\n  digitfilt demo\nEvery command has --help with an example.");
+  app.footer("Example:\n  digitfilt demo\nEvery command has --help with an example.");
 
   DemoOptions demo;
   auto* demoCmd = app.add_subcommand(
