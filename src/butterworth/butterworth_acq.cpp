@@ -18,6 +18,7 @@ void copySamples(const double* from, double* to, std::int64_t n) {
 // Copies from[first .. last], both ends included, into `to`, within a buffer of `length`.
 void copyStretch(const double* from, double* to, std::int64_t first, std::int64_t last,
                  std::int64_t length) {
+  if (length < 1) return;  // also keeps length - 1 clear of overflow
   const std::int64_t lo = std::max<std::int64_t>(first, 0);
   const std::int64_t hi = std::min(last, length - 1);
   if (hi >= lo) copySamples(from + lo, to + lo, hi - lo + 1);

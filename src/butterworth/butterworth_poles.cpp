@@ -25,6 +25,11 @@ std::unique_ptr<double[]> zeroArray(std::int64_t n) {
 
 constexpr double kShortPi = 3.1415926535;
 
+// Largest pole or section count designed. Anything beyond is a corrupted argument, not a filter:
+// refusing it keeps the allocations bounded and the index arithmetic (n + 2, an odd n rounded
+// up) clear of overflow.
+constexpr std::int64_t kMaxPoleCount = std::int64_t{1} << 20;
+
 }  // namespace
 
 bool CDigitFiltCoefMak01Butterworth03qv::placePoles(double f, std::int64_t n,
@@ -33,6 +38,7 @@ bool CDigitFiltCoefMak01Butterworth03qv::placePoles(double f, std::int64_t n,
   // The earlier arrays are released (copies that share them keep theirs).
   poles_.reset();
   poleRe = poleIm = nullptr;
+  if (n > kMaxPoleCount) return false;
   // The loop below writes index n + 1.
   if (n >= 0 && slots < n + 2) slots = n + 2;
   if (slots < 2) slots = 2;
@@ -58,6 +64,7 @@ bool CDigitFiltCoefMak01Butterworth03qv::placePoles(double f, std::int64_t n,
 bool CDigitFiltCoefMak01Butterworth03qv::takeTables(std::int64_t n) {
   tables_.reset();
   numTables = denTables = nullptr;
+  if (n > kMaxPoleCount) return false;
   auto tables = std::make_shared<SectionTables>();
   const std::int64_t size = n > 0 ? n : 0;
   for (int r = 0; r < 3; ++r) {
@@ -109,6 +116,14 @@ int CDigitFiltCoefMak01Butterworth03qv::ukButterworthHighPass(double f, std::int
 
 int CDigitFiltCoefMak01Butterworth03qv::ukButterworthBandPass(double f1, double f2,
                                                               std::int64_t n) {
+  if (n > kMaxPoleCount) {
+    // Refused whole: the earlier tables and poles are released and none are taken.
+    takeTables(n);
+    poles_.reset();
+    poleRe = poleIm = nullptr;
+    poleCount = n / 2;
+    return 0;
+  }
   if (n % 2 != 0) ++n;
   // The sections read poles up to index n, past the n/2 + 1 that are placed: spare slots.
   if (!takeTables(n) || !placePoles(f2 - f1, n / 2, n + 1)) return 0;
@@ -147,7 +162,10 @@ int CDigitFiltCoefMak01Butterworth03qv::paButterworthCoef02(double f, double T, 
     b2[k] = 1.0;
     g[k] = t * t / den;
   }
-  if (odd) {
+  // A negative odd n puts the first-order section before index 1, outside the arrays (which
+  // are indexed from 1): its coefficients are then not written, only the sum is formed.
+  if (odd && *sectionCount < 1) *sum += T / (2.0 * t);
+  if (odd && *sectionCount >= 1) {
     const std::int64_t m = *sectionCount;
     a1[m] = (1.0 - t) / (1.0 + t);
     a2[m] = 0.0;

@@ -10,7 +10,8 @@
 class CDigitFiltCoefMak01Butterworth03qv : public CDigitFiltCoefMak {
  public:
   // Poles for the normalised cut-off f (a fraction of the sample rate) in poleRe/poleIm[1 .. n+1].
-  // Always 1, except 0 (no poles) when the arrays cannot be had.
+  // Always 1, except 0 (no poles) when the arrays cannot be had or n exceeds 2^20, which no
+  // filter needs. The section designs below refuse such counts the same way.
   int ukButterworthPoles(double f, std::int64_t n);
   // n sections with unit gain at 0 Hz each: numTables = {b0, b1, b2}, denTables = {a0, a1, a2}
   // (a0 is left 0). 0 when the arrays cannot be had.
@@ -24,7 +25,8 @@ class CDigitFiltCoefMak01Butterworth03qv : public CDigitFiltCoefMak {
   // Low-pass sections for cut-off f (Hz) and sample interval T into a1, a2, b1, b2, g, indexed
   // from 1; an odd n ends with a first-order section. Writes the section count and the summed
   // delay figure. The shortened pi 3.1415926535 is used throughout, deliberately. 0 only for a
-  // null argument.
+  // null argument. A negative odd n would place its first-order section before index 1: it is
+  // left out. Each array needs n/2 + 2 elements.
   int paButterworthCoef02(double f, double T, int n, double* a1, double* a2, double* b1,
                           double* b2, double* g, std::int64_t* sectionCount, double* sum);
 
