@@ -224,10 +224,13 @@ void CMeFilterAcqPowerLine02IntPol::reserveWork(std::int64_t need) {
 void CMeFilterAcqPowerLine02IntPol::filterIntPol(double* data, std::int64_t n) {
   if (n <= 0 || data == nullptr || period < 1) return;
   const bool fresh = gridPhase == 0.0;
+  if (fresh) gridStep = spec.sampleRate * invGridRate;
+  // Not set up, or carried values no block leaves behind (the next grid point lies within one
+  // step after the last sample): the stepping below would not end.
+  if (!(gridStep * kMaxGridPointsPerSample >= 1.0 && gridStep <= 1.0)) return;
+  if (!(gridPhase >= 0.0 && gridPhase <= 1.0)) return;
   if (fresh) {
     // The first grid point sits on the first sample.
-    gridStep = spec.sampleRate * invGridRate;
-    if (!(gridStep * kMaxGridPointsPerSample >= 1.0 && gridStep <= 1.0)) return;  // not set up
     gridPhase = 1.0;
     lastSample = data[0];
   }

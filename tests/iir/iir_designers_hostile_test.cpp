@@ -626,6 +626,23 @@ TEST(MeFilterAcqHostile, ResamplingRemoverGuardsAGridStepAHostChanged) {
   f.invGridRate = -1.0;
   f.filterIntPol(d.data(), 30);
   EXPECT_EQ(d, before);
+  // Carried values between blocks written by a host: refused rather than stepped for ever.
+  CMeFilterAcqPowerLineqv g;
+  g.setFilterParametersIntPol(stage(1024.0, 45.0, 55.0));
+  Vec first = wave(30);
+  g.filterIntPol(first.data(), 30);
+  for (double step : {1e-300, 0.0, kNan, 2.0}) {
+    CMeFilterAcqPowerLineqv h = g;
+    h.gridStep = step;
+    h.filterIntPol(d.data(), 30);
+    EXPECT_EQ(d, before);
+  }
+  for (double phase : {-1e300, kNan, kInf, 1.5}) {
+    CMeFilterAcqPowerLineqv h = g;
+    h.gridPhase = phase;
+    h.filterIntPol(d.data(), 30);
+    EXPECT_EQ(d, before);
+  }
 }
 
 TEST(MeFilterAcqHostile, NonFiniteSamplesAndLongBlocksThroughTheRemovers) {
