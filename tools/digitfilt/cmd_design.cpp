@@ -278,16 +278,24 @@ DesignReport designRemez(const DesignOptions& o) {
     f->des[i] = des[i];
   }
   for (std::size_t i = 0; i < weight.size(); ++i) f->weight[i] = weight[i];
-  if (remez.makeAllCoef() < 1 || !f->coefs || f->tapCount < 1)
-    throw ToolError("remez: makeAllCoef designed no record: the library's exchange stops at the "
-                    "zero-weight tail of its doubled grid arrays, so it finds no taps");
+  // makeAllCoef keeps the established exchange, which stops at the zero-weight tail of its
+  // doubled grid arrays and designs nothing; remez00 runs the same steps over the filled grid.
+  std::string engine = "makeAllCoef";
+  if (remez.makeAllCoef() < 1 || !f->coefs || f->tapCount < 1) {
+    engine = "remez00";
+    const std::int64_t taps = f->numTaps;  // the even length makeAllCoef settled on
+    if (!f->allocCoefs(taps) || CDigitFiltCoefMak06Remez03::remez00(f) != 1)
+      throw ToolError("remez: the exchange did not converge for " + std::to_string(taps) +
+                      " taps; try another --order or a wider --transition");
+    f->tapCount = taps;
+  }
   DesignReport r;
   r.headline = std::string("Equiripple (Remez) FIR ") + typeWord(code) + ", " +
                std::to_string(f->tapCount) + " taps, " +
                (code <= 1 ? "edge " + formatNumber(o.cutoff) + " Hz"
                           : formatNumber(o.low) + "-" + formatNumber(o.high) + " Hz") +
                ", transition " + formatNumber(tw) + " Hz, at " + formatNumber(o.rate) +
-               " Hz (CDigitFiltCoefMak06Remezqv)";
+               " Hz (CDigitFiltCoefMak06Remezqv, " + engine + ")";
   r.fields["taps"] = f->tapCount;
   std::vector<double> taps(f->coefs, f->coefs + f->tapCount);
   r.tables.push_back({"taps", {{"h", taps}}});
