@@ -1,4 +1,4 @@
-// Remez specifications from bytes through the input check, the grid size, the exchange runs
+// Remez design requests from bytes through the input check, the grid size, the exchange runs
 // (doubled and filled-grid), the order search, the single exchange steps on a byte-made
 // workspace, the sampled response, the transition corrections and the designer objects.
 //
@@ -95,7 +95,7 @@ void fillRecord(Input& in, Filter_Remez& f) {
 }
 
 // Calls on raw arrays sized exactly for numBands bands.
-void rawSpecification(Input& in) {
+void rawRequest(Input& in) {
   const std::int64_t numTaps = wildCount(in, -4, 256);
   const std::int64_t numBands = in.range(0, 4);
   const std::size_t slots = static_cast<std::size_t>(std::max<std::int64_t>(numBands, 1));
@@ -301,7 +301,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Input in(data, size);
   auto quiet = digitfilt::setMessageHandler([](const std::wstring&) { return 1; });
   switch (in.byte() % 5) {
-    case 0: rawSpecification(in); break;
+    case 0: rawRequest(in); break;
     case 1: steps(in); break;
     case 2: recordDesigns(in); break;
     case 3: transitions(in); break;

@@ -1,12 +1,12 @@
 #pragma once
 // Parks-McClellan (Remez exchange) design of linear-phase FIR filters: the designer base holding
-// 90 specifications, the input check, the exchange steps, one complete run, the tap transform
+// 90 design requests, the input check, the exchange steps, one complete run, the tap transform
 // and the order search. Every step is static and works on one CRemezData; frequencies are
 // fractions of the sample rate.
 //
 // The runs walk the workspace's doubled arrays. Their zero tail carries weight 0, and the
 // parameter step refuses a zero weight anywhere on the walked grid, so rmzSearch, remezPM03k
-// and the order search built on them fail on every specification (-1 or 0), exactly as hosts of
+// and the order search built on them fail on every design request (-1 or 0), exactly as hosts of
 // this designer line have always seen. rmzSearchX and remez00 run the same steps over the grid
 // points the bands actually fill and give working equiripple designs.
 #include <cstdint>
@@ -58,7 +58,7 @@ class CDigitFiltCoefMak06Remez : public CDigitFiltCoefMak {
 
 class CDigitFiltCoefMak06Remez00 : public CDigitFiltCoefMak06Remez {
  public:
-  // Validates a specification of numBands bands (bands and des hold 2 numBands values, weight
+  // Validates a design request of numBands bands (bands and des hold 2 numBands values, weight
   // numBands): 0 with a message for fewer than 4 taps, an odd or zero band count, an edge
   // outside [0, 1] or a descending edge. gridDensity below 16 becomes 16 with a message, above
   // 320 becomes 320; des[0 .. numBands-1] is clamped into [0, 1] (only those, deliberately);

@@ -1,5 +1,5 @@
 #pragma once
-// Remez designer objects: design every enabled specification of the 90 and run the taps over a
+// Remez designer objects: design every enabled request of the 90 and run the taps over a
 // record (circularly, the window starting at the output sample), plus the small services hosts
 // use around a design: transition-width corrections, gain ratios and the gain curve of a record.
 #include <cstdint>

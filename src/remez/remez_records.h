@@ -1,11 +1,11 @@
 #pragma once
-// Records of an equiripple (Remez exchange) FIR design: one filter's specification with its taps,
+// Records of an equiripple (Remez exchange) FIR design: one filter's design request with its taps,
 // the working storage of one exchange run, and the buffers of a sampled frequency response.
 // Frequencies in these records are fractions of the sample rate (0 .. 0.5).
 #include <cstdint>
 #include <memory>
 
-// One FIR specification and its taps. A designer holds 90 of them; `coefs` and `auxTail` are
+// One FIR design request and its taps. A designer holds 90 of them; `coefs` and `auxTail` are
 // owned by the designer that took them. Copies of a record share those arrays, as hosts expect.
 class Filter_Remez {
  public:

@@ -1,4 +1,4 @@
-// Hostile values through the Remez line: non-finite and denormal specifications, wild lengths
+// Hostile values through the Remez line: non-finite and denormal design requests, wild lengths
 // and counts, edited workspace caps, and host-written tap counts. Each case asserts the result
 // the operation's steps define or its failure value; the sanitizer build proves nothing is read
 // or written outside the arrays.
@@ -77,7 +77,7 @@ TEST(RemezHostileGrid, SizesOfNonsenseBandsAndDensities) {
   EXPECT_EQ(Designer::getGridSize01(INT64_MAX, INT64_MAX, 1, 1, negative), 0);
 }
 
-TEST(RemezHostileRun, WildLengthsAndSpecificationsFailWithMinusOne) {
+TEST(RemezHostileRun, WildLengthsAndRequestsFailWithMinusOne) {
   const double bands[] = {0.0, 0.2, 0.25, 0.5}, des[] = {1, 1, 0, 0}, weight[] = {1, 1};
   const double nanBands[] = {0.0, kNaN, 0.25, 0.5};
   CRemezData data;

@@ -1,5 +1,5 @@
 #pragma once
-// Specifications and a slow response oracle for the Remez tests.
+// Design requests and a slow response oracle for the Remez tests.
 #include <algorithm>
 #include <cmath>
 #include <complex>
