@@ -7,6 +7,7 @@
 
 #include "digitfilt/foundation/design_base.h"
 #include "digitfilt/foundation/messages.h"
+#include "digitfilt/iir/me_stage_sections.h"
 
 namespace {
 
@@ -20,14 +21,7 @@ const wchar_t kBandstopOrderText[] = L"Order for bandpass/bandstop must be 4,8,1
 int roundToEven(int order) { return order - order % 2; }
 int clampOrder(int order) { return order < 2 ? 2 : std::min(order, 20); }
 
-// Multiple of 4 required by the band designs; anything else is reduced with a message.
-int reduceToMultipleOf4(int order, const wchar_t* text) {
-  if (order % 4 != 0) {
-    digitfilt::showMessage(text);
-    order -= order % 4;
-  }
-  return order;
-}
+using digitfilt::reduceToMultipleOf4;  // the band designs need a multiple of 4
 
 // n second-order sections of a low- or high-pass with prototype poles at sin(pi (2i+1) / 4n).
 void designLowHighSections(MeFilterButterworthx& s, int n, double cutoffHz, bool highpass) {
@@ -44,9 +38,8 @@ void designLowHighSections(MeFilterButterworthx& s, int n, double cutoffHz, bool
 
 // n fourth-order sections of a band design, the prototype pole angles taken for m pairs.
 void designBandSections(MeFilterButterworthx& s, int n, int m, bool bandpass) {
-  const double fH = s.bandHighFreq, fL = s.bandLowFreq, fs = s.sampleRate;
-  const double a = std::cos(kPi * (fH + fL) / fs) / std::cos(kPi * (fH - fL) / fs);
-  const double b = std::tan(kPi * (fH - fL) / fs);
+  const digitfilt::BandWarp warp = digitfilt::bandWarp(s.bandHighFreq, s.bandLowFreq, s.sampleRate);
+  const double a = warp.centre, b = warp.width;
   const double b2 = b * b;
   for (int i = 0; i < n; ++i) {
     const double r = std::sin(kPi * (2 * i + 1) / (4.0 * m));
@@ -76,29 +69,26 @@ int sectionCount(const MeFilterButterworthx& s) {
 // filtDataAcq).
 double stageStep(MeFilterButterworthx& s, double x, double stopW2) {
   const int n = sectionCount(s);
-  if (s.filterType <= 1) {
-    for (int i = 0; i < n; ++i) {
-      s.w0[i] = s.d1[i] * s.w1[i] + s.d2[i] * s.w2[i] + x;
-      x = s.A[i] * (s.w0[i] + 2.0 * s.w1[i] + s.w2[i]);
-      s.w2[i] = s.w1[i];
-      s.w1[i] = s.w0[i];
-    }
-    return x;
+  if (s.filterType <= 1) return digitfilt::lowHighSectionsStep(s, n, x);
+  return digitfilt::bandSectionsStep(s, n, x, s.filterType == 2, stopW2);
+}
+
+// Every enabled stage over data[0..n), stage after stage; with `zeroPhase` each stage runs back
+// again from the forward pass's end states: no reset, no padding, so the edge transients stay at
+// both ends, as hosts expect. 0 for a null array or a stage of unknown type.
+int filterEnabledStages(const digitfilt::PtrList<MeFilterButterworthx>& list, double* data,
+                        std::int64_t n, bool zeroPhase) {
+  if (n <= 0) return 1;
+  if (data == nullptr) return 0;
+  for (const auto& entry : list) {
+    MeFilterButterworthx* s = entry.get();
+    if (s == nullptr || !s->enabled) continue;
+    if (!knownType(*s)) return 0;
+    for (std::int64_t k = 0; k < n; ++k) data[k] = stageStep(*s, data[k], s->stopS);
+    if (!zeroPhase) continue;
+    for (std::int64_t k = n - 1; k >= 0; --k) data[k] = stageStep(*s, data[k], s->stopS);
   }
-  for (int i = 0; i < n; ++i) {
-    s.w0[i] = s.d1[i] * s.w1[i] + s.d2[i] * s.w2[i] + s.d3[i] * s.w3[i] + s.d4[i] * s.w4[i] + x;
-    if (s.filterType == 2) {
-      x = s.A[i] * (s.w0[i] - 2.0 * s.w2[i] + s.w4[i]);
-    } else {
-      x = s.A[i] * (s.w0[i] - s.stopR * s.w1[i] + stopW2 * s.w2[i] - s.stopR * s.w3[i] +
-                    s.w4[i]);
-    }
-    s.w4[i] = s.w3[i];
-    s.w3[i] = s.w2[i];
-    s.w2[i] = s.w1[i];
-    s.w1[i] = s.w0[i];
-  }
-  return x;
+  return 1;
 }
 
 }  // namespace
@@ -134,11 +124,7 @@ CMeFilterButterworth& CMeFilterButterworth::operator=(const CMeFilterButterworth
 CMeFilterButterworth::~CMeFilterButterworth() { cleanCoefs(); }
 
 std::unique_ptr<MeFilterButterworthx> CMeFilterButterworth::newStage() {
-  try {
-    return std::make_unique<MeFilterButterworthx>();
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return digitfilt::newStageOrNull<MeFilterButterworthx>();
 }
 
 int CMeFilterButterworth::initButterworthStage(MeFilterButterworthx* stage) {
@@ -295,30 +281,11 @@ int CMeFilterButterworth::checkCorrectAllFilterSettings4SmplRate() {
 }
 
 int CMeFilterButterworth::filtData(double* data, std::int64_t n) {
-  if (n <= 0) return 1;
-  if (data == nullptr) return 0;
-  for (const auto& entry : filterList) {
-    MeFilterButterworthx* s = entry.get();
-    if (s == nullptr || !s->enabled) continue;
-    if (!knownType(*s)) return 0;
-    for (std::int64_t k = 0; k < n; ++k) data[k] = stageStep(*s, data[k], s->stopS);
-  }
-  return 1;
+  return filterEnabledStages(filterList, data, n, false);
 }
 
 int CMeFilterButterworth::filtDataZeroShift(double* data, std::int64_t n) {
-  if (n <= 0) return 1;
-  if (data == nullptr) return 0;
-  for (const auto& entry : filterList) {
-    MeFilterButterworthx* s = entry.get();
-    if (s == nullptr || !s->enabled) continue;
-    if (!knownType(*s)) return 0;
-    for (std::int64_t k = 0; k < n; ++k) data[k] = stageStep(*s, data[k], s->stopS);
-    // The backward pass runs on from the forward pass's end states: no reset, no padding, so the
-    // edge transients stay at both ends, as hosts expect.
-    for (std::int64_t k = n - 1; k >= 0; --k) data[k] = stageStep(*s, data[k], s->stopS);
-  }
-  return 1;
+  return filterEnabledStages(filterList, data, n, true);
 }
 
 int CMeFilterButterworth::filtDataAcq(double* data, std::int64_t length, std::int64_t start,

@@ -32,20 +32,21 @@ int CMeFilterButterworthqv::setCheckCoefs(CFilterDcLtSetAcqqv& settings) {
   };
 
   int count = 0;
-  if (settings.lowPassOn) {
-    correctFilterRange(settings.lowPassFreq);
-    MeFilterButterworthx* s = append(0, 4);
-    if (s == nullptr) return 0;
-    s->lowpassFreq = settings.lowPassFreq;
+  // A fourth-order low- or high-pass at the clamped frequency, stored in `field`.
+  auto appendPass = [&](int type, double& freq, double MeFilterButterworthx::*field) {
+    correctFilterRange(freq);
+    MeFilterButterworthx* s = append(type, 4);
+    if (s == nullptr) return false;
+    s->*field = freq;
     ++count;
-  }
-  if (settings.highPassOn) {
-    correctFilterRange(settings.highPassFreq);
-    MeFilterButterworthx* s = append(1, 4);
-    if (s == nullptr) return 0;
-    s->highpassFreq = settings.highPassFreq;
-    ++count;
-  }
+    return true;
+  };
+  if (settings.lowPassOn &&
+      !appendPass(0, settings.lowPassFreq, &MeFilterButterworthx::lowpassFreq))
+    return 0;
+  if (settings.highPassOn &&
+      !appendPass(1, settings.highPassFreq, &MeFilterButterworthx::highpassFreq))
+    return 0;
   for (int i = 0; i < 6; ++i) {
     if (!settings.notchOn[i]) continue;
     correctFilterRange(settings.notchFreqLow[i]);

@@ -7,6 +7,7 @@
 
 #include "digitfilt/foundation/design_base.h"
 #include "digitfilt/foundation/messages.h"
+#include "digitfilt/iir/me_stage_sections.h"
 
 namespace {
 
@@ -20,10 +21,7 @@ int lowHighOrder(int order) {
 }
 
 int bandOrder(int order, const wchar_t* text) {
-  if (order % 4 != 0) {
-    digitfilt::showMessage(text);
-    order -= order % 4;
-  }
+  order = digitfilt::reduceToMultipleOf4(order, text);
   return order < 4 ? 4 : std::min(order, kMaxSections);
 }
 
@@ -63,9 +61,8 @@ void designLowHighSections(MeFilterChebyshevx& s, int n, double cutoffHz, double
 // order/4 fourth-order sections of a band-pass or band-stop between bandLowFreq and
 // bandHighFreq.
 void designBandSections(MeFilterChebyshevx& s, int order, double epsilon, bool bandpass) {
-  const double fH = s.bandHighFreq, fL = s.bandLowFreq, fs = s.sampleRate;
-  const double a = std::cos(kPi * (fH + fL) / fs) / std::cos(kPi * (fH - fL) / fs);
-  const double t = std::tan(kPi * (fH - fL) / fs);
+  const digitfilt::BandWarp warp = digitfilt::bandWarp(s.bandHighFreq, s.bandLowFreq, s.sampleRate);
+  const double a = warp.centre, t = warp.width;
   const double t2 = t * t;
   const double u = rippleSpread(epsilon);
   const double su = std::sinh(2.0 * u / order), cu = std::cosh(2.0 * u / order);
@@ -105,30 +102,11 @@ void designBandSections(MeFilterChebyshevx& s, int order, double epsilon, bool b
 int clampSections(int n) { return std::clamp(n, 0, kMaxSections); }
 
 double lowHighStep(MeFilterChebyshevx& s, int n, double x) {
-  for (int i = 0; i < n; ++i) {
-    s.w0[i] = s.d1[i] * s.w1[i] + s.d2[i] * s.w2[i] + x;
-    x = s.A[i] * (s.w0[i] + 2.0 * s.w1[i] + s.w2[i]);
-    s.w2[i] = s.w1[i];
-    s.w1[i] = s.w0[i];
-  }
-  return x;
+  return digitfilt::lowHighSectionsStep(s, n, x);
 }
 
 double bandStep(MeFilterChebyshevx& s, int n, double x, bool bandpass) {
-  for (int i = 0; i < n; ++i) {
-    s.w0[i] = s.d1[i] * s.w1[i] + s.d2[i] * s.w2[i] + s.d3[i] * s.w3[i] + s.d4[i] * s.w4[i] + x;
-    if (bandpass) {
-      x = s.A[i] * (s.w0[i] - 2.0 * s.w2[i] + s.w4[i]);
-    } else {
-      x = s.A[i] * (s.w0[i] - s.stopR * s.w1[i] + s.stopS * s.w2[i] - s.stopR * s.w3[i] +
-                    s.w4[i]);
-    }
-    s.w4[i] = s.w3[i];
-    s.w3[i] = s.w2[i];
-    s.w2[i] = s.w1[i];
-    s.w1[i] = s.w0[i];
-  }
-  return x;
+  return digitfilt::bandSectionsStep(s, n, x, bandpass, s.stopS);
 }
 
 }  // namespace
@@ -152,11 +130,7 @@ CMeFilterChebyshev& CMeFilterChebyshev::operator=(const CMeFilterChebyshev& othe
 }
 
 std::unique_ptr<MeFilterChebyshevx> CMeFilterChebyshev::newStage() {
-  try {
-    return std::make_unique<MeFilterChebyshevx>();
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return digitfilt::newStageOrNull<MeFilterChebyshevx>();
 }
 
 int CMeFilterChebyshev::initChebyshevStage(MeFilterChebyshevx* stage) {
