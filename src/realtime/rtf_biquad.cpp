@@ -8,14 +8,11 @@
 
 #include "digitfilt/foundation/design_base.h"
 #include "digitfilt/realtime/rtf_biquad_kernel.h"
+#include "digitfilt/realtime/rtf_biquad_stages.h"
 
 namespace {
 
 using digitfilt::clampLowFirst;
-
-// Sections handed to the kernel at a time; longer cascades run chunk after chunk, which is the
-// same as stage after stage.
-constexpr int kChunk = 8;
 
 // Rounds to single precision without the undefined conversion of values beyond float's range:
 // those round to the largest float or to infinity as the hardware would.
@@ -130,8 +127,8 @@ int CRtf0Basic::getEnableFilters() {
 
 std::string CRtf0Basic::getFilterInfo(int) { return std::string(); }
 
-void CRtf0Basic::beginBlock(double* data, std::int64_t length, std::int64_t start,
-                            std::int64_t end, int channel) {
+digitfilt::SampleSpan CRtf0Basic::beginBlock(double* data, std::int64_t length,
+                                             std::int64_t start, std::int64_t end, int channel) {
   if (firstCall != 0 || start == 0) {
     blockChannel = channel;
     blockData = data;
@@ -140,6 +137,7 @@ void CRtf0Basic::beginBlock(double* data, std::int64_t length, std::int64_t star
     blockEnd = end;
     firstCall = 0;
   }
+  return digitfilt::spanInArray(length, start, end);
 }
 
 void CRtf0Basic::endBlock(std::int64_t start, std::int64_t end) {
@@ -260,54 +258,16 @@ void CRtf1Biquad::biquad_calculate(BIQUAD_PARAM1* bq) {
   const double c = std::cos(w0), s = std::sin(w0);
   const double alpha = s / (2.0 * bq->q);
   const double beta = 2.0 * std::sqrt(A) * alpha;
-  double b0 = 1, b1 = 0, b2 = 0, a0 = 1, a1 = 0, a2 = 0;
-  switch (bq->type) {
-    case RTF_BQ_LOWPASS:
-      b0 = (1 - c) / 2, b1 = 1 - c, b2 = (1 - c) / 2;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
-      break;
-    case RTF_BQ_HIGHPASS:
-      b0 = (1 + c) / 2, b1 = -(1 + c), b2 = (1 + c) / 2;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
-      break;
-    case RTF_BQ_BANDPASS:
-    case RTF_BQ_BANDPASS2:
-      b0 = alpha, b1 = 0, b2 = -alpha;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
-      break;
-    case RTF_BQ_NOTCH:
-      b0 = 1, b1 = -2 * c, b2 = 1;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
-      break;
-    case RTF_BQ_PEAK:
-      b0 = 1 + alpha * A, b1 = -2 * c, b2 = 1 - alpha * A;
-      a0 = 1 + alpha / A, a1 = -2 * c, a2 = 1 - alpha / A;
-      break;
-    case RTF_BQ_LOWSHELF:
-      b0 = A * ((A + 1) - (A - 1) * c + beta);
-      b1 = 2 * A * ((A - 1) - (A + 1) * c);
-      b2 = A * ((A + 1) - (A - 1) * c - beta);
-      a0 = (A + 1) + (A - 1) * c + beta;
-      a1 = -2 * ((A - 1) + (A + 1) * c);
-      a2 = (A + 1) + (A - 1) * c - beta;
-      break;
-    case RTF_BQ_HIGHSHELF:
-      b0 = A * ((A + 1) + (A - 1) * c + beta);
-      b1 = -2 * A * ((A - 1) + (A + 1) * c);
-      b2 = A * ((A + 1) + (A - 1) * c - beta);
-      a0 = (A + 1) - (A - 1) * c + beta;
-      a1 = 2 * ((A - 1) - (A + 1) * c);
-      a2 = (A + 1) - (A - 1) * c - beta;
-      break;
-    default:  // 5 and unknown codes pass the signal through
-      break;
-  }
-  bq->a1 = a1 / a0;
-  bq->a2 = a2 / a0;
-  bq->b0 = b0 / a0;
-  bq->b1 = b1 / a0;
-  bq->b2 = b2 / a0;
-  bq->a0 = a0 / a0;
+  digitfilt::CookbookTerms t;  // 5 and unknown codes pass the signal through
+  // Both band-pass codes take the 0 dB peak-gain form.
+  digitfilt::cookbookTerms(bq->type == RTF_BQ_BANDPASS ? RTF_BQ_BANDPASS2 : bq->type, A, c, alpha,
+                           beta, t);
+  bq->a1 = t.a1 / t.a0;
+  bq->a2 = t.a2 / t.a0;
+  bq->b0 = t.b0 / t.a0;
+  bq->b1 = t.b1 / t.a0;
+  bq->b2 = t.b2 / t.a0;
+  bq->a0 = t.a0 / t.a0;
   bq->ringIndex = 0;
 }
 
@@ -367,27 +327,14 @@ int CRtf1Biquad::setCheckCoefs(CFilterDcLtSetAcqqv& settings) {
   const double rate = settings.acqSampleRate, q = settings.bqQ, gain = settings.bqPeakGainDb;
   // The settings' rate is kept whole; biquad_create would truncate it to an integer.
   return buildSettingsCascade(settings, RTF_BQ_LOWSHELF, [&](int type, double fc) {
-    std::unique_ptr<BIQUAD_PARAM1> bq(new (std::nothrow) BIQUAD_PARAM1());
-    if (bq) {
-      bq->type = static_cast<RTF_BQ_TYPEX>(type);
-      bq->sampleRate = rate;
-      bq->fc = fc;
-      bq->q = q;
-      bq->peakGain = gain;
-    }
-    return std::unique_ptr<digitfilt::BiquadStageRecord>(std::move(bq));
+    return std::unique_ptr<digitfilt::BiquadStageRecord>(
+        digitfilt::newSettingsStage<BIQUAD_PARAM1>(type, rate, fc, q, gain));
   });
 }
 
 int CRtf1Biquad::makeAllBiquadCoeffs(int onlyEnabled) {
-  int count = 0;
-  for (const auto& stage : biquadList) {
-    // A record of another cascade's type put in by a host is not a stage of this one.
-    auto* bq = dynamic_cast<BIQUAD_PARAM1*>(stage.get());
-    if (!bq || (onlyEnabled != 0 && bq->enabled == 0)) continue;
-    biquad_calculate(bq);
-    ++count;
-  }
+  const int count =
+      digitfilt::forEachCascadeStage<BIQUAD_PARAM1>(biquadList, onlyEnabled, biquad_calculate);
   lastIndex = count - 1;
   return count;
 }
@@ -395,17 +342,15 @@ int CRtf1Biquad::makeAllBiquadCoeffs(int onlyEnabled) {
 int CRtf1Biquad::filtDataAcq(double* data, std::int64_t length, std::int64_t start,
                              std::int64_t end, int channel) {
   if (!data) return 0;
-  beginBlock(data, length, start, end, channel);
-  const std::int64_t first = std::max<std::int64_t>(start, 0);
-  const std::int64_t last = length <= 0 ? -1 : std::min(end, length - 1);
+  const digitfilt::SampleSpan span = beginBlock(data, length, start, end, channel);
+  const std::int64_t first = span.first, last = span.last;
   if (first > last) {
     endBlock(start, end);
     return 1;
   }
 
-  BIQUAD_PARAM1* stages[kChunk];
-  digitfilt::Df1Section sections[kChunk];
-  auto run = [&](int n) {
+  digitfilt::Df1Section sections[digitfilt::kStageChunk];
+  digitfilt::forEachEnabledChunk<BIQUAD_PARAM1>(biquadList, [&](BIQUAD_PARAM1** stages, int n) {
     std::int64_t from = first;
     // Ring positions beyond 2 wrap oddly in 32 bits; take one literal step to bring them home.
     if (std::any_of(stages, stages + n, [](const BIQUAD_PARAM1* s) { return s->ringIndex > 2; })) {
@@ -419,19 +364,7 @@ int CRtf1Biquad::filtDataAcq(double* data, std::int64_t length, std::int64_t sta
     for (int k = 0; k < n; ++k) sections[k] = loadRing(*stages[k]);
     digitfilt::filterDf1Cascade(sections, n, data, from, last);
     for (int k = 0; k < n; ++k) storeRing(*stages[k], sections[k], last - from + 1);
-  };
-
-  int n = 0;
-  for (const auto& stage : biquadList) {
-    auto* bq = dynamic_cast<BIQUAD_PARAM1*>(stage.get());  // foreign records are skipped
-    if (!bq || bq->enabled == 0) continue;
-    stages[n++] = bq;
-    if (n == kChunk) {
-      run(n);
-      n = 0;
-    }
-  }
-  if (n > 0) run(n);
+  });
   endBlock(start, end);
   return 1;
 }

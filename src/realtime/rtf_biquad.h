@@ -9,6 +9,7 @@
 
 #include "digitfilt/foundation/ptr_list.h"
 #include "digitfilt/foundation/records.h"
+#include "digitfilt/realtime/rtf_biquad_stages.h"
 
 // Biquad type codes. 2 and 3 share one formula and one name; 5 and every unknown value are a unit
 // pass-through.
@@ -108,8 +109,9 @@ class CRtf0Basic {
   int buildSettingsCascade(CFilterDcLtSetAcqqv& settings, int highShelfType,
                            const StageMaker& make);
   // Block bookkeeping of filtDataAcq: remembers the arguments on a first call or at start 0.
-  void beginBlock(double* data, std::int64_t length, std::int64_t start, std::int64_t end,
-                  int channel);
+  // Returns the part of data[start..end] that lies inside the array.
+  digitfilt::SampleSpan beginBlock(double* data, std::int64_t length, std::int64_t start,
+                                   std::int64_t end, int channel);
   void endBlock(std::int64_t start, std::int64_t end);
   // Copies the scalars and deep-copies every non-null stage (appended after the present ones).
   void copyBasicFrom(const CRtf0Basic& other);

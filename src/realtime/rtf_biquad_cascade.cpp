@@ -6,10 +6,9 @@
 
 #include "digitfilt/foundation/design_base.h"
 #include "digitfilt/realtime/rtf_biquad_kernel.h"
+#include "digitfilt/realtime/rtf_biquad_stages.h"
 
 namespace {
-
-constexpr int kChunk = 8;  // sections handed to a kernel at a time
 
 struct Df1Coefs {
   double b0, b1, b2, a1, a2;
@@ -23,62 +22,38 @@ bool cookbookCoefs(int type, double peakGain, double fc, double sampleRate, doub
   const double w0 = digitfilt::kTwoPi * fc / sampleRate;
   const double c = std::cos(w0), s = std::sin(w0);
   const double alpha = s / (2.0 * q);
-  double b0 = 0, b1 = 0, b2 = 0, a0 = 1, a1 = 0, a2 = 0;
+  digitfilt::CookbookTerms t;
   switch (type) {
-    case 0:
-      b0 = (1 - c) / 2, b1 = 1 - c, b2 = (1 - c) / 2;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
+    case 2:  // constant skirt gain
+      t = {s / 2, 0, -s / 2, 1 + alpha, -2 * c, 1 - alpha};
       break;
-    case 1:
-      b0 = (1 + c) / 2, b1 = -(1 + c), b2 = (1 + c) / 2;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
-      break;
-    case 2:
-      b0 = s / 2, b1 = 0, b2 = -s / 2;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
-      break;
-    case 3:
-      b0 = alpha, b1 = 0, b2 = -alpha;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
-      break;
-    case 4:
-      b0 = 1, b1 = -2 * c, b2 = 1;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
-      break;
-    case 5:
-      b0 = 1 - alpha, b1 = -2 * c, b2 = 1 + alpha;
-      a0 = 1 + alpha, a1 = -2 * c, a2 = 1 - alpha;
+    case 5:  // all-pass
+      t = {1 - alpha, -2 * c, 1 + alpha, 1 + alpha, -2 * c, 1 - alpha};
       break;
     case 6: {
       // q is the bandwidth in octaves here.
       const double alphaBw = s * std::sinh(0.34657359027997264 * q * w0 / s);
-      b0 = 1 + alphaBw * A, b1 = -2 * c, b2 = 1 - alphaBw * A;
-      a0 = 1 + alphaBw / A, a1 = -2 * c, a2 = 1 - alphaBw / A;
+      digitfilt::cookbookTerms(type, A, c, alphaBw, 0.0, t);
       break;
     }
-    default: {
+    case 7:
+    case 8: {
       const double beta =
           2 * std::sqrt(A) * (s / 2) * std::sqrt((A + 1 / A) * (1 / shelfSlope - 1) + 2);
-      if (type == 7) {
-        b0 = A * ((A + 1) - (A - 1) * c + beta);
-        b1 = 2 * A * ((A - 1) - (A + 1) * c);
-        b2 = A * ((A + 1) - (A - 1) * c - beta);
-        a0 = (A + 1) + (A - 1) * c + beta;
-        a1 = -2 * ((A - 1) + (A + 1) * c);
-        a2 = (A + 1) + (A - 1) * c - beta;
-      } else {
-        b0 = A * ((A + 1) + (A - 1) * c + beta);
-        b1 = -2 * A * ((A - 1) + (A + 1) * c);
-        b2 = A * ((A + 1) + (A - 1) * c - beta);
-        a0 = (A + 1) - (A - 1) * c + beta;
-        a1 = 2 * ((A - 1) - (A + 1) * c);
-        a2 = (A + 1) - (A - 1) * c - beta;
-      }
+      digitfilt::cookbookTerms(type, A, c, alpha, beta, t);
       break;
     }
+    default:
+      digitfilt::cookbookTerms(type, A, c, alpha, 0.0, t);
+      break;
   }
-  out = {b0 / a0, b1 / a0, b2 / a0, a1 / a0, a2 / a0};
+  out = {t.b0 / t.a0, t.b1 / t.a0, t.b2 / t.a0, t.a1 / t.a0, t.a2 / t.a0};
   return true;
+}
+
+void setCoefsClearHistory(BIQUAD_PARAM2& bq, const Df1Coefs& c) {
+  bq.b0 = c.b0, bq.b1 = c.b1, bq.b2 = c.b2, bq.a1 = c.a1, bq.a2 = c.a2;
+  bq.x1 = bq.x2 = bq.y1 = bq.y2 = 0.0;
 }
 
 // Normalised-frequency design shared by CRtf3Biquad and CRtf3BiquadMutiChnl (fc is a fraction of
@@ -183,30 +158,17 @@ void tdf2Coefs(int type, double fc, double q, double peakGain, double& a0, doubl
   }
 }
 
-// Gathers the enabled stages of `list` a chunk at a time and runs them over data[first..last]
-// with `load` / `store` moving each stage's coefficients and state in and out of the kernel.
+// Runs the enabled Record stages of `list` over data[first..last] a chunk at a time, with
+// `load` / `store` moving each stage's coefficients and state in and out of the kernel.
 template <class Record, class Section, class Load, class Store, class Kernel>
 void runStages(const digitfilt::PtrList<digitfilt::BiquadStageRecord>& list, double* data,
                std::int64_t first, std::int64_t last, Load load, Store store, Kernel kernel) {
-  Record* stages[kChunk];
-  Section sections[kChunk];
-  auto run = [&](int n) {
+  Section sections[digitfilt::kStageChunk];
+  digitfilt::forEachEnabledChunk<Record>(list, [&](Record** stages, int n) {
     for (int k = 0; k < n; ++k) sections[k] = load(*stages[k]);
     kernel(sections, n, data, first, last);
     for (int k = 0; k < n; ++k) store(*stages[k], sections[k]);
-  };
-  int n = 0;
-  for (const auto& stage : list) {
-    // A record of another cascade's type put in by a host is not a stage of this one.
-    auto* rec = dynamic_cast<Record*>(stage.get());
-    if (!rec || rec->enabled == 0) continue;
-    stages[n++] = rec;
-    if (n == kChunk) {
-      run(n);
-      n = 0;
-    }
-  }
-  if (n > 0) run(n);
+  });
 }
 
 }  // namespace
@@ -236,10 +198,8 @@ BIQUAD_PARAM2* CRtf2Biquad::calcBiquads(int type, double peakGain, double fc, do
                                         double q, double shelfSlope) {
   Df1Coefs c;
   if (!cookbookCoefs(type, peakGain, fc, sampleRate, q, shelfSlope, c)) return nullptr;
-  BIQUAD_PARAM2& bq = biquadParam;
-  bq.b0 = c.b0, bq.b1 = c.b1, bq.b2 = c.b2, bq.a1 = c.a1, bq.a2 = c.a2;
-  bq.x1 = bq.x2 = bq.y1 = bq.y2 = 0.0;
-  return &bq;
+  setCoefsClearHistory(biquadParam, c);
+  return &biquadParam;
 }
 
 int CRtf2Biquad::calcBiquad(BIQUAD_PARAM2* bq) {
@@ -247,8 +207,7 @@ int CRtf2Biquad::calcBiquad(BIQUAD_PARAM2* bq) {
   Df1Coefs c;
   if (!cookbookCoefs(bq->type, bq->peakGain, bq->fc, bq->sampleRate, bq->q, bq->shelfSlope, c))
     return 0;
-  bq->b0 = c.b0, bq->b1 = c.b1, bq->b2 = c.b2, bq->a1 = c.a1, bq->a2 = c.a2;
-  bq->x1 = bq->x2 = bq->y1 = bq->y2 = 0.0;
+  setCoefsClearHistory(*bq, c);
   return 1;
 }
 
@@ -266,27 +225,15 @@ int CRtf2Biquad::setCheckCoefs(CFilterDcLtSetAcqqv& settings) {
   const double rate = settings.acqSampleRate, q = settings.bqQ, gain = settings.bqPeakGainDb;
   const double slope = settings.bqParam3;
   return buildSettingsCascade(settings, 8, [&](int type, double fc) {
-    std::unique_ptr<BIQUAD_PARAM2> bq(new (std::nothrow) BIQUAD_PARAM2());
-    if (bq) {
-      bq->type = type;
-      bq->sampleRate = rate;
-      bq->fc = fc;
-      bq->q = q;
-      bq->peakGain = gain;
-      bq->shelfSlope = slope;
-    }
+    auto bq = digitfilt::newSettingsStage<BIQUAD_PARAM2>(type, rate, fc, q, gain);
+    if (bq) bq->shelfSlope = slope;
     return std::unique_ptr<digitfilt::BiquadStageRecord>(std::move(bq));
   });
 }
 
 int CRtf2Biquad::makeAllBiquadCoeffs(int onlyEnabled) {
-  int count = 0;
-  for (const auto& stage : biquadList) {
-    auto* bq = dynamic_cast<BIQUAD_PARAM2*>(stage.get());  // foreign records are skipped
-    if (!bq || (onlyEnabled != 0 && bq->enabled == 0)) continue;
-    calcBiquad(bq);
-    ++count;
-  }
+  const int count = digitfilt::forEachCascadeStage<BIQUAD_PARAM2>(
+      biquadList, onlyEnabled, [this](BIQUAD_PARAM2* bq) { calcBiquad(bq); });
   lastIndex = count - 1;
   return count;
 }
@@ -294,11 +241,9 @@ int CRtf2Biquad::makeAllBiquadCoeffs(int onlyEnabled) {
 int CRtf2Biquad::filtDataAcq(double* data, std::int64_t length, std::int64_t start,
                              std::int64_t end, int channel) {
   if (!data) return 0;
-  beginBlock(data, length, start, end, channel);
-  const std::int64_t first = std::max<std::int64_t>(start, 0);
-  const std::int64_t last = length <= 0 ? -1 : std::min(end, length - 1);
+  const digitfilt::SampleSpan span = beginBlock(data, length, start, end, channel);
   runStages<BIQUAD_PARAM2, digitfilt::Df1Section>(
-      biquadList, data, first, last,
+      biquadList, data, span.first, span.last,
       [](const BIQUAD_PARAM2& bq) {
         digitfilt::Df1Section s;
         s.b0 = bq.b0, s.b1 = bq.b1, s.b2 = bq.b2, s.a1 = bq.a1, s.a2 = bq.a2;
@@ -381,26 +326,15 @@ double CRtf3Biquad::processx(double x, BIQUAD_PARAM3* rec) {
 int CRtf3Biquad::setCheckCoefs(CFilterDcLtSetAcqqv& settings) {
   const double rate = settings.acqSampleRate, q = settings.bqQ, gain = settings.bqPeakGainDb;
   return buildSettingsCascade(settings, 8, [&](int type, double fc) {
-    std::unique_ptr<BIQUAD_PARAM3> bq(new (std::nothrow) BIQUAD_PARAM3());
-    if (bq) {
-      bq->type = type;
-      bq->sampleRate = rate;
-      bq->fc = fc;
-      bq->q = q;
-      bq->peakGain = gain;
-    }
-    return std::unique_ptr<digitfilt::BiquadStageRecord>(std::move(bq));
+    return std::unique_ptr<digitfilt::BiquadStageRecord>(
+        digitfilt::newSettingsStage<BIQUAD_PARAM3>(type, rate, fc, q, gain));
   });
 }
 
 int CRtf3Biquad::makeAllBiquadCoeffs(int onlyEnabled) {
-  int count = 0;
-  for (const auto& stage : biquadList) {
-    auto* bq = dynamic_cast<BIQUAD_PARAM3*>(stage.get());  // foreign records are skipped
-    if (!bq || (onlyEnabled != 0 && bq->enabled == 0)) continue;
-    makeCoefs(bq);  // recomputes the own record only
-    ++count;
-  }
+  // makeCoefs recomputes the own record only.
+  const int count = digitfilt::forEachCascadeStage<BIQUAD_PARAM3>(
+      biquadList, onlyEnabled, [this](BIQUAD_PARAM3* bq) { makeCoefs(bq); });
   lastIndex = count - 1;
   return count;
 }
@@ -408,11 +342,9 @@ int CRtf3Biquad::makeAllBiquadCoeffs(int onlyEnabled) {
 int CRtf3Biquad::filtDataAcq(double* data, std::int64_t length, std::int64_t start,
                              std::int64_t end, int channel) {
   if (!data) return 0;
-  beginBlock(data, length, start, end, channel);
-  const std::int64_t first = std::max<std::int64_t>(start, 0);
-  const std::int64_t last = length <= 0 ? -1 : std::min(end, length - 1);
+  const digitfilt::SampleSpan span = beginBlock(data, length, start, end, channel);
   runStages<BIQUAD_PARAM3, digitfilt::Tdf2Section>(
-      biquadList, data, first, last,
+      biquadList, data, span.first, span.last,
       [](const BIQUAD_PARAM3& bq) {
         digitfilt::Tdf2Section s;
         s.a0 = bq.a0, s.a1 = bq.a1, s.a2 = bq.a2, s.b1 = bq.b1, s.b2 = bq.b2;
