@@ -162,120 +162,33 @@ class AcqButterworthBank : public ChannelBank {
 };
 
 // ---------------------------------------------------------------------------------------------
-// The direct-form Butterworth bank: section states live in the object, one object per channel.
-class DirectButterworthBank : public ChannelBank {
+// A bank whose filter object keeps the section states itself, one object per channel, filtered
+// through filtDataAcq. A stage's response is measured with an impulse through a fresh object
+// built from the same settings, the other stages disabled. `Filter` is the library object,
+// `Stage` the record type its enabled stages are listed as.
+template <class Filter, class Stage>
+class StatefulBank : public ChannelBank {
  public:
   int configure(CFilterDcLtSetAcqqv& settings) override {
-    const int count = bank_.setCheckCoefs(settings);
+    prepare(filter_);
+    const int count = filter_.setCheckCoefs(settings);
     if (count <= 0) return count;
-    bank_.makeAllButterworthCoeffs(1);
+    makeCoefs(filter_);
     settings_ = settings;
     return count;
   }
 
   std::vector<std::string> stageLabels() override {
     std::vector<std::string> out;
-    for (MeFilterButterworthx* s : stages(bank_)) {
-      const std::string sections = " (" + std::to_string(s->numSections) + " sections)";
-      switch (s->filterType) {
-        case 0: out.push_back("low-pass " + hz(s->lowpassFreq) + " Hz" + sections); break;
-        case 1: out.push_back("high-pass " + hz(s->highpassFreq) + " Hz" + sections); break;
-        case 2: out.push_back("band-pass " + hz(s->bandLowFreq) + "-" + hz(s->bandHighFreq) + " Hz" + sections); break;
-        case 3: out.push_back("band-stop " + hz(s->stopLowFreq) + "-" + hz(s->stopHighFreq) + " Hz" + sections); break;
-        default: out.push_back("stage of type " + std::to_string(s->filterType)); break;
-      }
-    }
+    for (Stage* s : stages(filter_)) out.push_back(label(*s));
     return out;
   }
 
-  void start() override { bank_.reset(); }
+  void start() override { filter_.reset(); }
 
   void filterBlock(double* data, std::int64_t length, std::int64_t first,
                    std::int64_t last) override {
-    if (last > first) bank_.filtDataAcq(data, length, first, last - 1, 0);
-  }
-
-  bool supportsZeroPhase() const override { return true; }
-  void filterZeroPhase(double* data, std::int64_t n) override { bank_.filtDataZeroShift(data, n); }
-
-  std::vector<double> stageMagnitude(std::size_t stage, const std::vector<double>& freqs) override {
-    return measured(static_cast<long>(stage), freqs);
-  }
-  std::vector<double> bankMagnitude(const std::vector<double>& freqs) override {
-    return measured(-1, freqs);
-  }
-  std::string filterInfo() override { return bank_.getFilterInfo(0); }
-
- private:
-  static std::vector<MeFilterButterworthx*> stages(const CMeFilterButterworthqv& b) {
-    std::vector<MeFilterButterworthx*> out;
-    for (const auto& s : b.filterList)
-      if (s && s->enabled) out.push_back(s.get());
-    return out;
-  }
-
-  std::vector<double> measured(long stageOnly, const std::vector<double>& freqs) {
-    auto run = [this](std::vector<double>& h, long only) {
-      CFilterDcLtSetAcqqv s = settings_;
-      CMeFilterButterworthqv fresh;
-      if (fresh.setCheckCoefs(s) <= 0) return;
-      fresh.makeAllButterworthCoeffs(1);
-      const auto list = stages(fresh);
-      for (std::size_t i = 0; i < list.size(); ++i)
-        if (only >= 0 && static_cast<long>(i) != only) list[i]->enabled = 0;
-      fresh.reset();
-      fresh.filtDataAcq(h.data(), static_cast<std::int64_t>(h.size()), 0,
-                        static_cast<std::int64_t>(h.size()) - 1, 0);
-    };
-    return measuredMagnitude(run, stageOnly, settings_.acqSampleRate, freqs);
-  }
-
-  CMeFilterButterworthqv bank_;
-  CFilterDcLtSetAcqqv settings_;
-};
-
-// ---------------------------------------------------------------------------------------------
-// The biquad facade with one of its three cascade classes.
-std::string biquadTypeName(int type) {
-  static const char* names[] = {"low-pass", "high-pass", "band-pass", "band-pass", "notch",
-                                "type 5",   "peak",      "low-shelf", "high-shelf"};
-  return type >= 0 && type <= 8 ? names[type] : "type " + std::to_string(type);
-}
-
-class BiquadBank : public ChannelBank {
- public:
-  explicit BiquadBank(int classIndex) : classIndex_(classIndex) {}
-
-  int configure(CFilterDcLtSetAcqqv& settings) override {
-    face_.classIndex = classIndex_;
-    const int count = face_.setCheckCoefs(settings);
-    if (count <= 0) return count;
-    face_.makeAllBiquadCoeffs(1);
-    settings_ = settings;
-    return count;
-  }
-
-  std::vector<std::string> stageLabels() override {
-    std::vector<std::string> out;
-    for (digitfilt::BiquadStageRecord* r : stages(face_)) {
-      if (auto* p = dynamic_cast<BIQUAD_PARAM1*>(r))
-        out.push_back(std::string(CRtf1Biquad::biquad_getFilterName(p)) + " " + hz(p->fc) +
-                      " Hz, Q " + hz(p->q));
-      else if (auto* p2 = dynamic_cast<BIQUAD_PARAM2*>(r))
-        out.push_back(biquadTypeName(p2->type) + " " + hz(p2->fc) + " Hz, Q " + hz(p2->q));
-      else if (auto* p3 = dynamic_cast<BIQUAD_PARAM3*>(r))
-        out.push_back(biquadTypeName(p3->type) + " " + hz(p3->fc) + " Hz, Q " + hz(p3->q));
-      else
-        out.push_back("biquad stage");
-    }
-    return out;
-  }
-
-  void start() override { face_.reset(); }
-
-  void filterBlock(double* data, std::int64_t length, std::int64_t first,
-                   std::int64_t last) override {
-    if (last > first) face_.filtDataAcq(data, length, first, last - 1, 0);
+    if (last > first) filter_.filtDataAcq(data, length, first, last - 1, 0);
   }
 
   std::vector<double> stageMagnitude(std::size_t stage, const std::vector<double>& freqs) override {
@@ -284,25 +197,26 @@ class BiquadBank : public ChannelBank {
   std::vector<double> bankMagnitude(const std::vector<double>& freqs) override {
     return measured(-1, freqs);
   }
-  std::string filterInfo() override { return face_.getFilterInfo(0); }
+  std::string filterInfo() override { return filter_.getFilterInfo(0); }
+
+ protected:
+  // Called on every object before it is built from the settings.
+  virtual void prepare(Filter&) {}
+  virtual void makeCoefs(Filter& f) = 0;
+  // The object's enabled stages, in filtering order.
+  virtual std::vector<Stage*> stages(Filter& f) = 0;
+  virtual std::string label(Stage& s) = 0;
+
+  Filter filter_;
 
  private:
-  static std::vector<digitfilt::BiquadStageRecord*> stages(CRtfBiquadFace& f) {
-    std::vector<digitfilt::BiquadStageRecord*> out;
-    CRtf0Basic* member = f.getBiquad(0);
-    if (!member) return out;
-    for (const auto& s : member->biquadList)
-      if (s && s->enabled) out.push_back(s.get());
-    return out;
-  }
-
   std::vector<double> measured(long stageOnly, const std::vector<double>& freqs) {
     auto run = [this](std::vector<double>& h, long only) {
       CFilterDcLtSetAcqqv s = settings_;
-      CRtfBiquadFace fresh;
-      fresh.classIndex = classIndex_;
+      Filter fresh;
+      prepare(fresh);
       if (fresh.setCheckCoefs(s) <= 0) return;
-      fresh.makeAllBiquadCoeffs(1);
+      makeCoefs(fresh);
       const auto list = stages(fresh);
       for (std::size_t i = 0; i < list.size(); ++i)
         if (only >= 0 && static_cast<long>(i) != only) list[i]->enabled = 0;
@@ -314,9 +228,78 @@ class BiquadBank : public ChannelBank {
     return measuredMagnitude(run, stageOnly, settings_.acqSampleRate, freqs);
   }
 
-  int classIndex_;
-  CRtfBiquadFace face_;
   CFilterDcLtSetAcqqv settings_;
+};
+
+// ---------------------------------------------------------------------------------------------
+// The direct-form Butterworth bank.
+class DirectButterworthBank : public StatefulBank<CMeFilterButterworthqv, MeFilterButterworthx> {
+ public:
+  bool supportsZeroPhase() const override { return true; }
+  void filterZeroPhase(double* data, std::int64_t n) override {
+    filter_.filtDataZeroShift(data, n);
+  }
+
+ protected:
+  void makeCoefs(CMeFilterButterworthqv& f) override { f.makeAllButterworthCoeffs(1); }
+
+  std::vector<MeFilterButterworthx*> stages(CMeFilterButterworthqv& f) override {
+    std::vector<MeFilterButterworthx*> out;
+    for (const auto& s : f.filterList)
+      if (s && s->enabled) out.push_back(s.get());
+    return out;
+  }
+
+  std::string label(MeFilterButterworthx& s) override {
+    const std::string sections = " (" + std::to_string(s.numSections) + " sections)";
+    switch (s.filterType) {
+      case 0: return "low-pass " + hz(s.lowpassFreq) + " Hz" + sections;
+      case 1: return "high-pass " + hz(s.highpassFreq) + " Hz" + sections;
+      case 2: return "band-pass " + hz(s.bandLowFreq) + "-" + hz(s.bandHighFreq) + " Hz" + sections;
+      case 3: return "band-stop " + hz(s.stopLowFreq) + "-" + hz(s.stopHighFreq) + " Hz" + sections;
+      default: return "stage of type " + std::to_string(s.filterType);
+    }
+  }
+};
+
+// ---------------------------------------------------------------------------------------------
+// The biquad facade with one of its three cascade classes.
+std::string biquadTypeName(int type) {
+  static const char* names[] = {"low-pass", "high-pass", "band-pass", "band-pass", "notch",
+                                "type 5",   "peak",      "low-shelf", "high-shelf"};
+  return type >= 0 && type <= 8 ? names[type] : "type " + std::to_string(type);
+}
+
+class BiquadBank : public StatefulBank<CRtfBiquadFace, digitfilt::BiquadStageRecord> {
+ public:
+  explicit BiquadBank(int classIndex) : classIndex_(classIndex) {}
+
+ protected:
+  void prepare(CRtfBiquadFace& f) override { f.classIndex = classIndex_; }
+  void makeCoefs(CRtfBiquadFace& f) override { f.makeAllBiquadCoeffs(1); }
+
+  std::vector<digitfilt::BiquadStageRecord*> stages(CRtfBiquadFace& f) override {
+    std::vector<digitfilt::BiquadStageRecord*> out;
+    CRtf0Basic* member = f.getBiquad(0);
+    if (!member) return out;
+    for (const auto& s : member->biquadList)
+      if (s && s->enabled) out.push_back(s.get());
+    return out;
+  }
+
+  std::string label(digitfilt::BiquadStageRecord& r) override {
+    if (auto* p = dynamic_cast<BIQUAD_PARAM1*>(&r))
+      return std::string(CRtf1Biquad::biquad_getFilterName(p)) + " " + hz(p->fc) + " Hz, Q " +
+             hz(p->q);
+    if (auto* p2 = dynamic_cast<BIQUAD_PARAM2*>(&r))
+      return biquadTypeName(p2->type) + " " + hz(p2->fc) + " Hz, Q " + hz(p2->q);
+    if (auto* p3 = dynamic_cast<BIQUAD_PARAM3*>(&r))
+      return biquadTypeName(p3->type) + " " + hz(p3->fc) + " Hz, Q " + hz(p3->q);
+    return "biquad stage";
+  }
+
+ private:
+  int classIndex_;
 };
 
 }  // namespace
