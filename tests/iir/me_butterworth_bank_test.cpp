@@ -7,6 +7,7 @@
 
 #include <digitfilt/digitfilt.h>
 
+#include "support/acq_support.h"
 #include "support/iir_poly_support.h"
 #include "support/message_capture.h"
 
@@ -16,18 +17,13 @@ using digitfilt::test::CArray;
 using digitfilt::test::MessageCapture;
 using Messages = std::vector<std::wstring>;
 
-CFilterDcLtSetAcqqv ready(double rate) {
-  CFilterDcLtSetAcqqv s;
-  s.acqSampleRate = rate;
-  s.channelCount = 1;
-  return s;
-}
+using digitfilt::test::readyAcqSettings;
 
 TEST(MeButterworthBank, NotReadySettingsAreRejectedUntouched) {
   MessageCapture cap;
   CMeFilterButterworthqv bank;
   bank.initIIRFilters4Acq();
-  CFilterDcLtSetAcqqv s = ready(0.0);
+  CFilterDcLtSetAcqqv s = readyAcqSettings(0.0);
   s.lowPassOn = 1;
   s.lowPassFreq = 900.0;
   const CFilterDcLtSetAcqqv before = s;
@@ -41,7 +37,7 @@ TEST(MeButterworthBank, NotReadySettingsAreRejectedUntouched) {
 }
 
 TEST(MeButterworthBank, ListsLowHighAndNotchesWithClampsWrittenBack) {
-  CFilterDcLtSetAcqqv s = ready(1000.0);
+  CFilterDcLtSetAcqqv s = readyAcqSettings(1000.0);
   s.lowPassOn = 1;
   s.lowPassFreq = 800.0;
   s.highPassOn = 1;
@@ -79,7 +75,7 @@ TEST(MeButterworthBank, ListsLowHighAndNotchesWithClampsWrittenBack) {
 }
 
 TEST(MeButterworthBank, NotchesOfOrderTwoGetNoSections) {
-  CFilterDcLtSetAcqqv s = ready(1000.0);
+  CFilterDcLtSetAcqqv s = readyAcqSettings(1000.0);
   s.notchOn[0] = 1;
   s.notchFreqLow[0] = 45.0;
   s.notchFreqHigh[0] = 55.0;
@@ -99,7 +95,7 @@ TEST(MeButterworthBank, NotchesOfOrderTwoGetNoSections) {
 }
 
 TEST(MeButterworthBank, PowerLineCombIsCountedButNotListed) {
-  CFilterDcLtSetAcqqv s = ready(1000.0);
+  CFilterDcLtSetAcqqv s = readyAcqSettings(1000.0);
   s.lowPassOn = 1;
   s.lowPassFreq = 100.0;
   s.powerLineOn = 1;
@@ -180,7 +176,7 @@ TEST(MeButterworthBank, CoefLowpassReturnsDenominatorOnly) {
 
 TEST(MeButterworthBank, CopyAssignmentAppendsStages) {
   CMeFilterButterworthqv source, target;
-  CFilterDcLtSetAcqqv s = ready(1000.0);
+  CFilterDcLtSetAcqqv s = readyAcqSettings(1000.0);
   s.lowPassOn = 1;
   s.lowPassFreq = 100.0;
   source.setCheckCoefs(s);

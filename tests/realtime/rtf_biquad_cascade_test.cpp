@@ -76,9 +76,7 @@ TEST(Rtf2Biquad, CalcBiquadFromRecordAndUnknownType) {
 
 TEST(Rtf2Biquad, SettingsCascadeAllPassAndRealHighShelf) {
   CRtf2Biquad c;
-  CFilterDcLtSetAcqqv s = digitfilt::test::fullSettings();
-  s.bqPeakFreq = 120.0;
-  s.lowPassFreq = 300.0;
+  CFilterDcLtSetAcqqv s = digitfilt::test::inBandSettings();
   const auto want = digitfilt::test::fullSettingsStages(8);
   ASSERT_EQ(c.setCheckCoefs(s), static_cast<int>(want.size()));
   for (std::size_t i = 0; i < want.size(); ++i) {
@@ -111,9 +109,7 @@ std::vector<double> referenceRtf2(CRtf2Biquad& c, std::vector<double> x) {
 
 TEST(Rtf2Biquad, BlocksMatchReferenceAndNanRule) {
   CRtf2Biquad c;
-  CFilterDcLtSetAcqqv s = digitfilt::test::fullSettings();
-  s.bqPeakFreq = 120.0;
-  s.lowPassFreq = 300.0;
+  CFilterDcLtSetAcqqv s = digitfilt::test::inBandSettings();
   c.setCheckCoefs(s);
   c.makeAllBiquadCoeffs(0);
   std::vector<double> x = digitfilt::test::randomSignal(600, 3);

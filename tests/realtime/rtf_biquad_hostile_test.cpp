@@ -248,9 +248,7 @@ TEST(BiquadHostileBlocks, BoundsOutsideTheBufferAreClipped) {
 
 template <class C>
 void checkEnormousBlock() {
-  CFilterDcLtSetAcqqv s = fullSettings();
-  s.lowPassFreq = 300.0;
-  s.bqPeakFreq = 120.0;
+  CFilterDcLtSetAcqqv s = digitfilt::test::inBandSettings();
   C whole, pieces;
   whole.setCheckCoefs(s);
   pieces = whole;

@@ -9,6 +9,8 @@
 
 #include <digitfilt/digitfilt.h>
 
+#include "support/acq_support.h"
+
 namespace digitfilt::test {
 
 // Normalised second-order section y = b0 x + b1 x1 + b2 x2 - a1 y1 - a2 y2.
@@ -23,11 +25,9 @@ inline double sosMagnitude(const Sos& s, double f, double rate) {
   return std::abs((s.b0 + s.b1 * z1 + s.b2 * z2) / (1.0 + s.a1 * z1 + s.a2 * z2));
 }
 
-// A ready settings record: rate and one channel set, every stage off.
+// A ready settings record with the biquad parameters set, every stage off.
 inline CFilterDcLtSetAcqqv readySettings(double rate = 1000.0) {
-  CFilterDcLtSetAcqqv s;
-  s.acqSampleRate = rate;
-  s.channelCount = 1;
+  CFilterDcLtSetAcqqv s = readyAcqSettings(rate);
   s.bqQ = 0.8;
   s.bqPeakGainDb = 6.0;
   s.bqParam3 = 0.7;
@@ -64,6 +64,15 @@ inline CFilterDcLtSetAcqqv fullSettings() {
   s.bqLowShelfFreq = 30.0;
   s.bqHighShelfOn = 1;
   s.bqHighShelfFreq = 300.0;
+  return s;
+}
+
+// fullSettings() with the low-pass and the peak moved inside the band (300 and 120 Hz instead of
+// the Nyquist edge), so that every stage shapes a block.
+inline CFilterDcLtSetAcqqv inBandSettings() {
+  CFilterDcLtSetAcqqv s = fullSettings();
+  s.lowPassFreq = 300.0;
+  s.bqPeakFreq = 120.0;
   return s;
 }
 
