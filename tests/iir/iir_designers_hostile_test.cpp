@@ -1,8 +1,6 @@
 // Hostile values through the state-space Butterworth designer and its zero-phase filter, the
-// pole-zero IIR designer, the biquad designer and the acquisition filter objects: orders at the
-// ends of int, non-finite, zero and negative rates, edges at and beyond Nyquist, NaN/Inf/denormal
-// samples, empty, one-sample, null and long blocks. The two process exits the state-space
-// designer owes its callers are pinned with death tests.
+// pole-zero IIR designer, the biquad designer and the acquisition filter objects. The two process
+// exits the state-space designer owes its callers are pinned with death tests.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,11 +20,10 @@ namespace {
 using digitfilt::test::MessageCapture;
 using Vec = std::vector<double>;
 
-constexpr int kIntMax = std::numeric_limits<int>::max();
-constexpr int kIntMin = std::numeric_limits<int>::min();
-const double kNan = std::numeric_limits<double>::quiet_NaN();
-const double kInf = std::numeric_limits<double>::infinity();
-const double kDenorm = std::numeric_limits<double>::denorm_min();
+constexpr int kIntMax = std::numeric_limits<int>::max(), kIntMin = std::numeric_limits<int>::min();
+const double kNan = std::numeric_limits<double>::quiet_NaN(),
+             kInf = std::numeric_limits<double>::infinity(),
+             kDenorm = std::numeric_limits<double>::denorm_min();
 
 struct Probe : CMcfButterworthqv {
   using CMcfButterworth::generate_initial_conditions;
@@ -50,9 +47,7 @@ TEST(McfButterworthHostile, OrdersOutsideOneToHundredAreRefusedWithoutArrays) {
     MessageCapture cap;
     CMcfButterworthqv f;
     EXPECT_EQ(f.mcButter(1, 1000.0, order, 100.0, 0.0), 0);
-    EXPECT_EQ(f.numer, nullptr);
-    EXPECT_EQ(f.denom, nullptr);
-    EXPECT_EQ(f.stateCount, 0);
+    EXPECT_TRUE(f.numer == nullptr && f.denom == nullptr && f.stateCount == 0);
     ASSERT_EQ(cap.messages.size(), 1u);
     EXPECT_EQ(cap.messages[0], L"Butterworth order " + std::to_wstring(order) +
                                    L" is out of range (1..100)!");
@@ -60,37 +55,20 @@ TEST(McfButterworthHostile, OrdersOutsideOneToHundredAreRefusedWithoutArrays) {
   MessageCapture cap;
   CMcfButterworthqv f;
   EXPECT_EQ(f.mcButter(1, 1000.0, 100, 100.0, 0.0), 1);
-  EXPECT_EQ(f.stateCount, 100);
   EXPECT_TRUE(cap.messages.empty());
 }
 
-TEST(McfButterworthHostile, UnknownTypeIsReportedAndTheDesignGoesOn) {
-  for (int type : {0, 5, -1, kIntMin}) {
-    SCOPED_TRACE(type);
-    MessageCapture cap;
-    CMcfButterworthqv f;
-    EXPECT_EQ(f.mcButter(type, 1000.0, 3, 100.0, 200.0), 1);
-    EXPECT_EQ(f.stateCount, 3);
-    ASSERT_EQ(cap.messages.size(), 1u);
-    EXPECT_EQ(cap.messages[0], L"Unrecognized filter type " + std::to_wstring(type));
-  }
-}
-
 TEST(McfButterworthHostile, EdgesAtAndBeyondNyquistAndNegativeRatesStillDesign) {
-  // tan() of the pre-warp stays finite there; the results are not useful filters but they are
-  // finite designs with all three arrays in place.
-  const struct {
-    int type;
-    double rate, f1, f2;
-  } cases[] = {{1, 1000.0, 500.0, 0.0},  {1, 1000.0, 750.0, 0.0}, {1, 1000.0, 1e300, 0.0},
-               {2, 1000.0, -100.0, 0.0}, {1, -1000.0, 100.0, 0.0}, {3, 1000.0, 100.0, 500.0}};
+  // tan() of the pre-warp stays finite there: not useful filters, but finite designs.
+  const struct { int type; double rate, f1, f2; } cases[] = {
+      {1, 1000.0, 500.0, 0.0}, {1, 1000.0, 1e300, 0.0}, {2, 1000.0, -100.0, 0.0},
+      {1, -1000.0, 100.0, 0.0}, {3, 1000.0, 100.0, 500.0}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.f1);
     CMcfButterworthqv f;
     ASSERT_EQ(f.mcButter(c.type, c.rate, 4, c.f1, c.f2), 1);
-    const auto n = static_cast<std::size_t>(f.stateCount);
-    EXPECT_TRUE(allFinite(f.numer, n + 1));
-    EXPECT_TRUE(allFinite(f.denom, n + 1));
+    const auto n = static_cast<std::size_t>(f.stateCount) + 1;
+    EXPECT_TRUE(allFinite(f.numer, n) && allFinite(f.denom, n));
     EXPECT_NE(f.initialConditions, nullptr);
   }
 }
@@ -100,22 +78,19 @@ TEST(McfButterworthHostile, NonFiniteCoefficientGivesMinusOneAndFilteringIsRefus
   MessageCapture cap;
   CMcfButterworthqv f;
   EXPECT_EQ(f.mcButter(3, 1000.0, 4, 0.0, 0.0), -1);
-  EXPECT_EQ(f.stateCount, 0);  // not written: the count of the last complete design stays
+  EXPECT_EQ(f.stateCount, 0);  // the count of the last complete design stays
   ASSERT_NE(f.numer, nullptr);  // allocated before the check, as designed
   EXPECT_TRUE(std::isnan(f.numer[0]));
-  // Filtering then runs what the arrays and the count say: no states, out = b[0] x.
   Vec x = wave(40), out(40, 7.0);
-  f.filtfilt(x.data(), 40, out.data(), nullptr);
+  f.filtfilt(x.data(), 40, out.data(), nullptr);  // no states: out = b[0] x
   EXPECT_TRUE(std::isnan(out[0]) && std::isnan(out[39]));
   EXPECT_TRUE(cap.messages.empty());
-
-  // A good design of 4 states, then a failing one of 2: the old count would reach past the new
-  // arrays, so filtering is refused.
+  // A good 4-state design, then a failing 2-state one: the old count would overrun the arrays.
   CMcfButterworthqv g;
   ASSERT_EQ(g.mcButter(1, 1000.0, 4, 100.0, 0.0), 1);
   ASSERT_EQ(g.mcButter(3, 1000.0, 1, 0.0, 0.0), -1);
   EXPECT_EQ(g.stateCount, 4);
-  Vec out2(40 + 24, 7.0);
+  Vec out2(64, 7.0);
   g.filtfilt(x.data(), 40, out2.data(), nullptr);
   EXPECT_EQ(out2, Vec(64, 7.0));
   ASSERT_EQ(cap.messages.size(), 1u);
@@ -126,7 +101,7 @@ TEST(McfButterworthHostile, ShortEmptyAndNullRecordsLeaveTheOutputAlone) {
   MessageCapture cap;
   CMcfButterworthqv f;
   ASSERT_EQ(f.mcButter(1, 1000.0, 3, 100.0, 0.0), 1);  // N = 3, needs n > 9
-  Vec x = wave(9), out(9 + 18, 7.0);
+  Vec x = wave(9), out(27, 7.0);
   f.filtfilt(x.data(), 9, out.data(), nullptr);
   f.filtfilt(x.data(), 1, out.data(), nullptr);
   ASSERT_EQ(cap.messages.size(), 2u);
@@ -143,36 +118,33 @@ TEST(McfButterworthHostile, ShortestRecordAndConstantsNeedNoTransient) {
   // n = 3N + 1 reads exactly x[0..n-1]; a constant passes a unit-DC-gain low-pass unchanged.
   CMcfButterworthqv f;
   ASSERT_EQ(f.mcButter(1, 1000.0, 4, 50.0, 0.0), 1);
-  const int n = 13;
-  for (double c : {0.0, 2.5, -1e6, kDenorm}) {
+  for (double c : {0.0, -1e6, kDenorm}) {
     SCOPED_TRACE(c);
-    Vec x(n, c), out(n + 24), work(n + 24);
-    f.filtfilt(x.data(), n, out.data(), work.data());
-    for (int k = 0; k < n; ++k) EXPECT_NEAR(out[k], c, 1e-9 * std::fabs(c) + 1e-300);
+    Vec x(13, c), out(37), work(37);
+    f.filtfilt(x.data(), 13, out.data(), work.data());
+    for (int k = 0; k < 13; ++k) EXPECT_NEAR(out[k], c, 1e-9 * std::fabs(c) + 1e-300);
   }
 }
 
 TEST(McfButterworthHostile, NonFiniteSamplesStayInTheirBuffers) {
   CMcfButterworthqv f;
   ASSERT_EQ(f.mcButter(2, 1000.0, 2, 20.0, 0.0), 1);
-  for (double bad : {kNan, kInf, -kInf, 1e308}) {
+  for (double bad : {kNan, -kInf, 1e308}) {
     SCOPED_TRACE(bad);
     Vec x = wave(50);
     x[25] = bad;
-    Vec out(50 + 12), inPlace(50 + 12);
+    Vec out(62), inPlace(62);
     f.filtfilt(x.data(), 50, out.data(), nullptr);
     std::copy(x.begin(), x.end(), inPlace.begin());
-    f.filtfilt(inPlace.data(), 50, inPlace.data(), nullptr);
-    // In place gives the same as from a separate record, NaNs included.
+    f.filtfilt(inPlace.data(), 50, inPlace.data(), nullptr);  // same as a separate record
     for (int k = 0; k < 50; ++k)
       EXPECT_TRUE(out[k] == inPlace[k] || (std::isnan(out[k]) && std::isnan(inPlace[k])));
   }
 }
 
 TEST(McfButterworthHostile, CopiesKeepTheSharedDesignAfterTheOriginalRedesigns) {
-  CMcfButterworthqv a;
+  CMcfButterworthqv a, b;
   ASSERT_EQ(a.mcButter(1, 1000.0, 6, 100.0, 0.0), 1);
-  CMcfButterworthqv b;
   b = a;
   EXPECT_EQ(b.numer, a.numer);
   Vec x = wave(100, 1.0), before(136), after(136);
@@ -190,65 +162,48 @@ TEST(McfButterworthHostile, InitialConditionsOfOddRecords) {
   EXPECT_EQ(p.generate_initial_conditions(b, a, 0), nullptr);
   EXPECT_EQ(p.generate_initial_conditions(b, a, kIntMin), nullptr);
   EXPECT_EQ(p.initialConditions, nullptr);
-  // Non-finite numerators only reach the right-hand side.
-  double bn[3] = {kNan, kInf, 1.0};
+  double bn[3] = {kNan, kInf, 1.0};  // non-finite numerators only reach the right-hand side
   double* zi = p.generate_initial_conditions(bn, a, 2);
   ASSERT_NE(zi, nullptr);
   EXPECT_TRUE(std::isnan(zi[0]));
-  // Conditions for more states than the design has are not used by filtfilt on a missing design.
+  // Conditions without a design are not used by filtfilt.
   MessageCapture cap;
-  Vec x = wave(20), out(20 + 12, 7.0);
+  Vec x = wave(20), out(32, 7.0);
   p.filtfilt(x.data(), 20, out.data(), nullptr);
   EXPECT_EQ(cap.messages.size(), 1u);
-}
-
-TEST(McfButterworthHostile, NaNEntriesReachTheCoefficientsNotTheSingularExit) {
-  // First column {1 + a[1], a[2]} = {0, NaN}: the NaN is taken as the pivot rather than the
-  // zero, so the routine runs to the end instead of ending the process.
-  Probe p;
-  double b[3] = {1.0, 2.0, 1.0}, a[3] = {1.0, -1.0, kNan};
-  double* zi = p.generate_initial_conditions(b, a, 2);
+  // First column {1 + a[1], a[2]} = {0, NaN}: NaN is taken as the pivot, so no singular exit.
+  double an[3] = {1.0, -1.0, kNan};
+  zi = p.generate_initial_conditions(b, an, 2);
   ASSERT_NE(zi, nullptr);
   EXPECT_TRUE(std::isnan(zi[0]) || std::isnan(zi[1]));
 }
 
 using McfButterworthExitDeathTest = ::testing::Test;
 
-// 1 + a[1] = 0: the one-state matrix is [0].
 void conditionsOfASingularRecord() {
   Probe p;
-  double b[2] = {1.0, 1.0};
-  double a[2] = {1.0, -1.0};
+  double b[2] = {1.0, 1.0}, a[2] = {1.0, -1.0};  // 1 + a[1] = 0: the matrix is [0]
   p.generate_initial_conditions(b, a, 1);
+}
+
+void design(double rate, double f1) {
+  CMcfButterworthqv f;
+  f.mcButter(1, rate, 4, f1, 0.0);
 }
 
 TEST_F(McfButterworthExitDeathTest, SingularMatrixEndsTheProcess) {
   // A low-pass at 0 Hz puts every pole on z = 1, so 1 + a[1] + ... + a[N] = 0.
-  EXPECT_EXIT(
-      {
-        CMcfButterworthqv f;
-        f.mcButter(1, 1000.0, 4, 0.0, 0.0);
-      },
-      ::testing::ExitedWithCode(1), "invert_matrix: Singular Matrix\n");
+  EXPECT_EXIT(design(1000.0, 0.0), ::testing::ExitedWithCode(1),
+              "invert_matrix: Singular Matrix\n");
   EXPECT_EXIT(conditionsOfASingularRecord(), ::testing::ExitedWithCode(1),
               "invert_matrix: Singular Matrix\n");
 }
 
 TEST_F(McfButterworthExitDeathTest, NonFiniteRateOrEdgeEndsTheEigenvalueIteration) {
-  for (double rate : {kNan, 0.0}) {
-    EXPECT_EXIT(
-        {
-          CMcfButterworthqv f;
-          f.mcButter(1, rate, 4, 100.0, 0.0);
-        },
-        ::testing::ExitedWithCode(1), "Too many iterations in hqr\n");
-  }
-  EXPECT_EXIT(
-      {
-        CMcfButterworthqv f;
-        f.mcButter(1, 1000.0, 4, kInf, 0.0);
-      },
-      ::testing::ExitedWithCode(1), "Too many iterations in hqr\n");
+  // The QR iteration can never split off an eigenvalue of a non-finite matrix.
+  const double cases[][2] = {{kNan, 100.0}, {0.0, 100.0}, {1000.0, kInf}, {1000.0, kNan}};
+  for (const auto& c : cases)
+    EXPECT_EXIT(design(c[0], c[1]), ::testing::ExitedWithCode(1), "Too many iterations in hqr\n");
 }
 
 // ---------------------------------------------------------------- pole-zero IIR designer
@@ -265,7 +220,6 @@ TEST(IirDesignerHostile, OrdersAtTheEndsOfIntAreRefused) {
   ASSERT_FALSE(cap.messages.empty());
   EXPECT_EQ(cap.messages[0], L"IIR filter order 2147483646 is out of range (1..100)!");
   d.setFilterType(2);  // making INT_MAX - 1 even changes nothing, and nothing overflows
-  EXPECT_EQ(d.getOrder(), kIntMax - 1);
   d.setOrder(kIntMax);
   EXPECT_EQ(d.getOrder(), kIntMax - 1);
   d.setOrder(0);
@@ -308,10 +262,9 @@ TEST(IirDesignerHostile, ZeroRateGivesNaNPolesAndTheFloorPeak) {
 }
 
 TEST(IirDesignerHostile, WildRatesEdgesAndRipplesStayInTheArrays) {
-  const double values[] = {kNan, kInf, -kInf, 0.0, -625.0, kDenorm, 1e308};
-  for (int type : {0, 1, 2, 3, -1}) {
-    for (int proto : {1, 5}) {
-      for (double v : values) {
+  for (int type : {0, 1, 2, 3, -1})
+    for (int proto : {1, 5})
+      for (double v : {kNan, kInf, -kInf, 0.0, -625.0, kDenorm, 1e308}) {
         CDigitFiltCoefMak08IIR d;
         d.setPrototype(proto);
         d.setFilterType(type);
@@ -328,8 +281,6 @@ TEST(IirDesignerHostile, WildRatesEdgesAndRipplesStayInTheArrays) {
         d.getPReal(d.getOrder() + 5);  // beyond our arrays: 0, no read
         EXPECT_EQ(d.getPImag(-1), 0.0);
       }
-    }
-  }
 }
 
 TEST(IirDesignerHostile, EdgeBeyondNyquistIsAFiniteDesign) {
@@ -344,30 +295,25 @@ TEST(IirDesignerHostile, EdgeBeyondNyquistIsAFiniteDesign) {
   EXPECT_EQ(*std::max_element(gain.get(), gain.get() + 65), 0.0);
 }
 
-TEST(IirDesignerHostile, OddBandPassOrderWrittenByTheHostUsesTheSpareSlot) {
+TEST(IirDesignerHostile, OddBandPassOrderAndGrowingOrderRedesign) {
   CDigitFiltCoefMak08IIR d;
   d.setFilterType(2);
-  d.order = 5;  // the setters would have made it 6
+  d.order = 5;  // written by the host; the setters would have made it 6: uses the spare slot
   d.setFreq1(20.0);
   d.setFreq2(60.0);
   EXPECT_EQ(d.locatePolesAndZeros(), 1);
   EXPECT_EQ(d.design(), 1);
-  std::unique_ptr<double[]> gain(d.filterGain());
-  ASSERT_NE(gain, nullptr);
-}
+  EXPECT_NE(std::unique_ptr<double[]>(d.filterGain()), nullptr);
 
-TEST(IirDesignerHostile, GrowingTheOrderAfterDesignRedesigns) {
-  CDigitFiltCoefMak08IIR d;
-  d.setOrder(2);
-  ASSERT_EQ(d.design(), 1);
-  CDigitFiltCoefMak08IIR shared;
-  shared = d;
-  d.setOrder(12);
-  d.setFreqPoints(32);
-  std::unique_ptr<double[]> gain(d.filterGain());
-  ASSERT_NE(gain, nullptr);
-  EXPECT_NE(d.getBCoeff(12), 0.0);
-  EXPECT_EQ(d.getBCoeff(13), 0.0);
+  CDigitFiltCoefMak08IIR e, shared;
+  e.setOrder(2);
+  ASSERT_EQ(e.design(), 1);
+  shared = e;
+  e.setOrder(12);
+  e.setFreqPoints(32);
+  ASSERT_NE(std::unique_ptr<double[]>(e.filterGain()), nullptr);
+  EXPECT_NE(e.getBCoeff(12), 0.0);
+  EXPECT_EQ(e.getBCoeff(13), 0.0);
   EXPECT_EQ(shared.getBCoeff(3), 0.0);  // the copy keeps its order-2 arrays
   EXPECT_NE(shared.getBCoeff(2), 0.0);
 }
@@ -396,15 +342,13 @@ TEST(BiquadDesignerHostile, UnsupportedTypesChangeNothing) {
   const double cb0 = q.cb0, cy1 = q.cy1;
   for (int type : {2, 10, -1, kIntMin, kIntMax}) {
     EXPECT_EQ(q.BiQuad_new(type, kNan, kNan, 0.0, 0.0, 0.0), 0);
-    EXPECT_EQ(q.cb0, cb0);
-    EXPECT_EQ(q.cy1, cy1);
+    EXPECT_TRUE(q.cb0 == cb0 && q.cy1 == cy1);
   }
 }
 
 TEST(BiquadDesignerHostile, DegenerateParametersGiveNonFiniteCoefficientsNotFailures) {
-  const double values[] = {kNan, kInf, 0.0, -1.0, kDenorm, 1e308};
-  for (int type : {0, 1, 3, 4, 5, 6, 7, 8, 9}) {
-    for (double v : values) {
+  for (int type : {0, 1, 3, 4, 5, 6, 7, 8, 9})
+    for (double v : {kNan, kInf, 0.0, -1.0, kDenorm, 1e308}) {
       CDigitFiltCoefMak07BiQuad q;
       EXPECT_EQ(q.BiQuad_new(type, v, 100.0, 1000.0, 0.7, 1.0), 1);
       EXPECT_EQ(q.BiQuad_new(type, 6.0, v, 1000.0, 0.7, 1.0), 1);
@@ -412,9 +356,7 @@ TEST(BiquadDesignerHostile, DegenerateParametersGiveNonFiniteCoefficientsNotFail
       EXPECT_EQ(q.BiQuad_new(type, 6.0, 100.0, 1000.0, v, v), 1);
       q.BiQuad(v);
     }
-  }
-  // Rate 0: omega is infinite, sin and cos NaN, and so is every output.
-  CDigitFiltCoefMak07BiQuad q;
+  CDigitFiltCoefMak07BiQuad q;  // rate 0: omega infinite, sin and cos NaN, and every output
   ASSERT_EQ(q.BiQuad_new(0, 0.0, 100.0, 0.0, 0.7, 1.0), 1);
   EXPECT_TRUE(std::isnan(q.BiQuad(1.0)));
 }
@@ -439,8 +381,7 @@ TEST(BiquadDesignerHostile, ResonatorRecoversFromNonFiniteInputAfterClear) {
 
 TEST(BiquadDesignerHostile, OrderEstimateOfDegenerateSchemesIsNotANumberOrInfinite) {
   CDigitFiltCoefMak07BiQuad q;
-  // Equal edges: ln 1 = 0 in the divisor.
-  EXPECT_TRUE(std::isinf(q.estimateFilterOrder(1.0, 40.0, 100.0, 100.0, 1000.0)));
+  EXPECT_TRUE(std::isinf(q.estimateFilterOrder(1.0, 40.0, 100.0, 100.0, 1000.0)));  // ln 1 = 0
   EXPECT_FALSE(std::isfinite(q.estimateFilterOrder(0.0, 40.0, 100.0, 200.0, 1000.0)));
   EXPECT_TRUE(std::isnan(q.estimateFilterOrder(1.0, 40.0, 100.0, 200.0, kNan)));
   // A pass edge at 0: tan 0 = 0 makes the divisor infinite and the estimate 0.
@@ -449,10 +390,10 @@ TEST(BiquadDesignerHostile, OrderEstimateOfDegenerateSchemesIsNotANumberOrInfini
 
 // ---------------------------------------------------------------- acquisition filter objects
 
-filter_iirspec stage(double rate, double low, double high, int type = 0) {
+filter_iirspec stage(double rate, double low, double high) {
   filter_iirspec s;
   s.enabled = 1;
-  s.filterType = type;
+  s.filterType = 0;
   s.sampleRate = rate;
   s.freqLow = low;
   s.freqHigh = high;
@@ -461,25 +402,19 @@ filter_iirspec stage(double rate, double low, double high, int type = 0) {
 }
 
 TEST(MeFilterAcqHostile, StageCoefficientCountsOutsideTheStore) {
-  Vec x = wave(50);
-  for (int count : {-1, kIntMin, 0}) {
-    CMeFilterAcq f;
-    filter_iirspec s = stage(1000.0, 1.0, 100.0);
-    s.numCoefs = count;
-    f.setFilterParameters(s);
-    Vec d = x;
-    f.filter(d.data(), 50);
-    EXPECT_EQ(d, Vec(50, 0.0));  // no term: every output is the cleared sum
-  }
-  for (int count : {41, 60, kIntMax}) {
+  for (int count : {-1, kIntMin, 0, 41, kIntMax}) {
+    SCOPED_TRACE(count);
     CMeFilterAcq f;
     filter_iirspec s = stage(1000.0, 1.0, 100.0);
     s.numCoefs = count;
     for (double& c : s.coefs) c = 0.01;
     f.setFilterParameters(s);
-    Vec d = x;
-    f.filter(d.data(), 50);  // stops at a[39], the last slot of the store
-    EXPECT_TRUE(allFinite(d.data(), 50));
+    Vec d = wave(50);
+    f.filter(d.data(), 50);
+    if (count <= 0)
+      EXPECT_EQ(d, Vec(50, 0.0));  // no term: every output is the cleared sum
+    else
+      EXPECT_TRUE(allFinite(d.data(), 50));  // stops at a[39], the last slot of the store
   }
 }
 
@@ -495,8 +430,7 @@ TEST(MeFilterAcqHostile, WildRingIndexAndBlocksWithoutSamples) {
     double v = 2.0;
     f.filter(&v, 1);
     EXPECT_EQ(v, 2.0);
-    EXPECT_GE(f.ringIndex, 0);
-    EXPECT_LT(f.ringIndex, 20);
+    EXPECT_TRUE(f.ringIndex >= 0 && f.ringIndex < 20);
   }
   Vec d = wave(4);
   const Vec before = d;
@@ -524,8 +458,7 @@ TEST(MeFilterAcqHostile, FirstOrderFiltersWithNonFiniteRates) {
     Vec d = wave(10);
     lp.filter(d.data(), 10);
     hp.filter(d.data(), 10);
-    // A finite rate again starts from a cleared state.
-    lp.setFilterParameters(stage(1000.0, 1.0, 10.0));
+    lp.setFilterParameters(stage(1000.0, 1.0, 10.0));  // a finite rate starts from a cleared state
     Vec c(5, 1.0);
     lp.filter(c.data(), 5);
     EXPECT_TRUE(allFinite(c.data(), 5));
@@ -534,21 +467,18 @@ TEST(MeFilterAcqHostile, FirstOrderFiltersWithNonFiniteRates) {
 
 TEST(MeFilterAcqHostile, SettlingTimesWithoutFrequencies) {
   CMeFilterAcqNotchFilter notch(50.0, 0.0), other(0.0, 3.0);
-  EXPECT_EQ(notch.getSettlingTime(), 0.0);
-  EXPECT_EQ(other.getSettlingTime(), 0.0);
   CMeFilterAcqHPFilter hp;
   CMeFilterAcqLPFilter lp;
-  EXPECT_EQ(hp.getSettlingTime(), 0.0);
-  EXPECT_EQ(lp.getSettlingTime(), 0.0);
+  EXPECT_EQ(notch.getSettlingTime() + other.getSettlingTime() + hp.getSettlingTime() +
+                lp.getSettlingTime(), 0.0);
   hp.PassFilter(kNan, 1, 0);
   EXPECT_TRUE(std::isnan(hp.getSettlingTime()));
 }
 
 TEST(MeFilterAcqHostile, ExtraValuesWithOddCounts) {
-  CMeFilterAcq none(10.0, -5, nullptr);
+  CMeFilterAcq none(10.0, -5, nullptr), zeros(10.0, 3, nullptr);
   EXPECT_EQ(none.extraCount, 0);
   EXPECT_EQ(none.extra, nullptr);
-  CMeFilterAcq zeros(10.0, 3, nullptr);
   ASSERT_NE(zeros.extra, nullptr);
   EXPECT_EQ(zeros.extra[2], 0.0);
   CMeFilterAcq copy(zeros);
@@ -557,34 +487,31 @@ TEST(MeFilterAcqHostile, ExtraValuesWithOddCounts) {
 }
 
 TEST(MeFilterAcqHostile, PowerLineRatesWithoutAWholePeriodAreReported) {
-  for (double rate : {0.0, -1000.0, kNan, kInf, 1e300, 20.0}) {
-    SCOPED_TRACE(rate);
-    MessageCapture cap;
-    CMeFilterAcqPowerLine f;
-    f.setFilterParameters(stage(rate, 45.0, 55.0));
-    EXPECT_EQ(f.period, 0);
-    EXPECT_EQ(cap.messages.size(), 1u);
-    Vec d = wave(30);
-    const Vec before = d;
-    f.filter(d.data(), 30);
-    EXPECT_EQ(d, before);
-  }
-}
-
-TEST(MeFilterAcqHostile, ResamplingRemoverRefusesRatesBelowMainsOver1024) {
-  // Tiny rates would put a huge number of grid points (for denormal rates: more than the
-  // stepping can count) between two samples.
-  for (double rate : {1e-300, 1e-6, 0.048}) {
-    SCOPED_TRACE(rate);
+  // Averaging remover, then the resampling one; tiny rates would put a huge number of grid
+  // points (for denormal rates: more than the stepping can count) between two samples.
+  const wchar_t* kLow = L"Power-line filter: a sample rate of ";
+  const struct { bool intPol; double rate; const wchar_t* prefix = nullptr; } cases[] = {
+      {false, 0.0}, {false, -1000.0}, {false, kNan}, {false, kInf}, {false, 1e300}, {false, 20.0},
+      {true, 1e-300, kLow}, {true, 0.048, kLow}, {true, 0.0}, {true, -20.0}, {true, kNan},
+      {true, -kInf}, {true, 1e300}, {true, kDenorm}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.intPol) + " " + std::to_string(c.rate));
     MessageCapture cap;
     CMeFilterAcqPowerLineqv f;
-    f.setFilterParametersIntPol(stage(rate, 45.0, 55.0));
-    EXPECT_EQ(f.period, 0);
-    ASSERT_EQ(cap.messages.size(), 1u);
-    EXPECT_EQ(cap.messages[0].rfind(L"Power-line filter: a sample rate of ", 0), 0u);
     Vec d = wave(30);
     const Vec before = d;
-    f.filterIntPol(d.data(), 30);
+    if (c.intPol) {
+      f.setFilterParametersIntPol(stage(c.rate, 45.0, 55.0));
+      f.filterIntPol(d.data(), 30);
+    } else {
+      f.setFilterParameters(stage(c.rate, 45.0, 55.0));
+      f.filter(d.data(), 30);
+    }
+    EXPECT_EQ(f.period, 0);
+    ASSERT_EQ(cap.messages.size(), 1u);
+    if (c.prefix) {
+      EXPECT_EQ(cap.messages[0].rfind(c.prefix, 0), 0u);
+    }
     EXPECT_EQ(d, before);
   }
   // 50 / 1024 Hz is the lowest rate taken: 1024 grid points per sample.
@@ -599,48 +526,28 @@ TEST(MeFilterAcqHostile, ResamplingRemoverRefusesRatesBelowMainsOver1024) {
   EXPECT_GE(f.workCapacity, 30 * 1024);
 }
 
-TEST(MeFilterAcqHostile, ResamplingRemoverWithNonFiniteOrNegativeRates) {
-  // A denormal rate has no whole grid period (rate / mains underflows to 0).
-  for (double rate : {0.0, -1000.0, -20.0, kNan, kInf, -kInf, 1e300, kDenorm}) {
-    SCOPED_TRACE(rate);
-    MessageCapture cap;
-    CMeFilterAcqPowerLineqv f;
-    f.setFilterParametersIntPol(stage(rate, 45.0, 55.0));
-    EXPECT_EQ(f.period, 0);
-    EXPECT_EQ(cap.messages.size(), 1u);
-    Vec d = wave(30);
-    const Vec before = d;
-    f.filterIntPol(d.data(), 30);
-    EXPECT_EQ(d, before);
-  }
-}
-
-TEST(MeFilterAcqHostile, ResamplingRemoverGuardsAGridStepAHostChanged) {
-  CMeFilterAcqPowerLineqv f;
-  f.setFilterParametersIntPol(stage(1024.0, 45.0, 55.0));
-  f.invGridRate = 1e-300;  // a grid step far below one sample
-  Vec d = wave(30);
-  const Vec before = d;
-  f.filterIntPol(d.data(), 30);
-  EXPECT_EQ(d, before);
-  f.invGridRate = -1.0;
-  f.filterIntPol(d.data(), 30);
-  EXPECT_EQ(d, before);
-  // Carried values between blocks written by a host: refused rather than stepped for ever.
+TEST(MeFilterAcqHostile, ResamplingRemoverGuardsGridValuesAHostChanged) {
+  // A grid step far below one sample or negative, and carried step/phase values written between
+  // blocks: refused rather than stepped for ever.
   CMeFilterAcqPowerLineqv g;
   g.setFilterParametersIntPol(stage(1024.0, 45.0, 55.0));
-  Vec first = wave(30);
-  g.filterIntPol(first.data(), 30);
-  for (double step : {1e-300, 0.0, kNan, 2.0}) {
+  Vec d = wave(30);
+  const Vec before = d;
+  for (double inv : {1e-300, -1.0}) {
     CMeFilterAcqPowerLineqv h = g;
-    h.gridStep = step;
+    h.invGridRate = inv;
     h.filterIntPol(d.data(), 30);
     EXPECT_EQ(d, before);
   }
-  for (double phase : {-1e300, kNan, kInf, 1.5}) {
-    CMeFilterAcqPowerLineqv h = g;
-    h.gridPhase = phase;
-    h.filterIntPol(d.data(), 30);
+  Vec first = wave(30);
+  g.filterIntPol(first.data(), 30);
+  const double stepPhase[][2] = {{1e-300, -1e300}, {0.0, kNan}, {kNan, kInf}, {2.0, 1.5}};
+  for (const auto& v : stepPhase) {
+    CMeFilterAcqPowerLineqv step = g, phase = g;
+    step.gridStep = v[0];
+    phase.gridPhase = v[1];
+    step.filterIntPol(d.data(), 30);
+    phase.filterIntPol(d.data(), 30);
     EXPECT_EQ(d, before);
   }
 }
@@ -653,8 +560,7 @@ TEST(MeFilterAcqHostile, NonFiniteSamplesAndLongBlocksThroughTheRemovers) {
   d[8] = kInf;
   f.filterIntPol(d.data(), static_cast<std::int64_t>(d.size()));
   EXPECT_GE(f.workCapacity, 205079);  // ceil(200000 * 1050 / 1024) + 2
-  // One-sample blocks after the long one.
-  for (int i = 0; i < 50; ++i) {
+  for (int i = 0; i < 50; ++i) {  // one-sample blocks after the long one
     double v = kDenorm;
     f.filterIntPol(&v, 1);
   }
@@ -682,9 +588,8 @@ TEST(MeFilterAcqHostile, CopiesOfSetUpRemoversStartSwitchedOff) {
   CMeFilterAcqPowerLineqv assigned;
   assigned = f;
   EXPECT_EQ(assigned.work, f.work);
-  Vec big = wave(5000);
+  Vec big = wave(5000), small = wave(64);
   f.filterIntPol(big.data(), 5000);
-  Vec small = wave(64);
   assigned.filterIntPol(small.data(), 64);
   EXPECT_TRUE(allFinite(small.data(), 64));
 }

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -83,10 +84,9 @@ const std::vector<Design>& scipyDesigns() {
 }
 
 void expectNearRel(const double* got, const std::vector<double>& want, double rel) {
-  for (std::size_t k = 0; k < want.size(); ++k) {
-    SCOPED_TRACE(k);
-    EXPECT_NEAR(got[k], want[k], rel * std::max(std::fabs(want[k]), 1e-3 * std::fabs(want[0])));
-  }
+  for (std::size_t k = 0; k < want.size(); ++k)
+    EXPECT_NEAR(got[k], want[k], rel * std::max(std::fabs(want[k]), 1e-3 * std::fabs(want[0])))
+        << k;
 }
 
 // The record filtered in the zero-phase tests: the same 64-bit LCG in the scipy script.
@@ -118,78 +118,25 @@ TEST(McfButterworthDesign, AllFourTypesMatchScipy) {
     CMcfButterworthqv f;
     ASSERT_EQ(f.mcButter(d.type, d.rate, d.order, d.f1, d.f2), 1);
     const int n = static_cast<int>(d.a.size()) - 1;
-    EXPECT_EQ(f.stateCount, n);
-    EXPECT_EQ(f.stateCount2, n);
+    EXPECT_TRUE(f.stateCount == n && f.stateCount2 == n);
     expectNearRel(f.numer, d.b, 1e-9);
     expectNearRel(f.denom, d.a, 1e-9);
   }
 }
 
-TEST(McfButterworthDesign, RefusedInputsAreReported) {
-  MessageCapture cap;
-  CMcfButterworthqv f;
-  EXPECT_EQ(f.mcButter(1, 1000, 0, 100, 0), 0);
-  EXPECT_EQ(f.mcButter(1, 1000, CMcfButterworth::kMaxOrder + 1, 100, 0), 0);
-  EXPECT_EQ(f.numer, nullptr);
-  ASSERT_EQ(cap.messages.size(), 2u);
-  EXPECT_EQ(cap.messages[0], L"Butterworth order 0 is out of range (1..100)!");
-}
-
 // The design goes on after the message: the untransformed prototype, finished as a low-pass.
 TEST(McfButterworthDesign, UnknownTypeIsReportedAndDesignGoesOn) {
-  MessageCapture cap;
-  CMcfButterworthqv f;
-  EXPECT_EQ(f.mcButter(7, 1000, 2, 100, 0), 1);
-  ASSERT_EQ(cap.messages.size(), 1u);
-  EXPECT_EQ(cap.messages[0], L"Unrecognized filter type 7");
-  ASSERT_EQ(f.stateCount, 2);
-  double sumB = 0, sumA = 0;
-  for (int k = 0; k <= 2; ++k) sumB += f.numer[k], sumA += f.denom[k];
-  EXPECT_NEAR(sumB / sumA, 1.0, 1e-12);
-}
-
-TEST(McfButterworthDesign, NonFiniteCoefficientReturnsMinusOne) {
-  CMcfButterworthqv f;
-  ASSERT_EQ(f.mcButter(1, 1000, 2, 100, 0), 1);
-  // An order-2 matrix is solved in closed form, so NaN edges end as NaN coefficients.
-  EXPECT_EQ(f.mcButter(1, 1000, 2, std::numeric_limits<double>::quiet_NaN(), 0), -1);
-  // The count of the earlier design stays; filtering refuses the mismatch instead of reading on.
-  ASSERT_EQ(f.mcButter(1, 1000, 4, 100, 0), 1);
-  EXPECT_EQ(f.mcButter(1, 1000, 1, std::numeric_limits<double>::quiet_NaN(), 0), -1);
-  EXPECT_EQ(f.stateCount, 4);
-  MessageCapture cap;
-  std::vector<double> x(64, 1.0), out(64 + 24);
-  f.filtfilt(x.data(), 64, out.data(), nullptr);
-  EXPECT_EQ(cap.messages.size(), 1u);
-}
-
-TEST(McfButterworthDesign, CopiesShareTheArraysUntilOneRedesigns) {
-  CMcfButterworthqv f;
-  f.mcButter(1, 1000, 4, 100, 0);
-  CMcfButterworthqv g;
-  g = f;
-  EXPECT_EQ(g.numer, f.numer);
-  EXPECT_EQ(g.initialConditions, f.initialConditions);
-  const double b0 = f.numer[0];
-  f.mcButter(2, 1000, 2, 100, 0);
-  EXPECT_NE(g.numer, f.numer);
-  EXPECT_EQ(g.numer[0], b0);  // still alive and intact
-}
-
-TEST(McfButterworthDeathTest, SingularMatrixEndsTheProcess) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  // A zero cut-off puts every pole at z = 1, so the initial-condition system is singular.
-  CMcfButterworthqv f;
-  EXPECT_EXIT(f.mcButter(1, 1000, 2, 0.0, 0), testing::ExitedWithCode(1),
-              "^invert_matrix: Singular Matrix\n$");
-}
-
-TEST(McfButterworthDeathTest, NonConvergingEigenvaluesEndTheProcess) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  // NaN edges reach the QR iteration of a 3x3 matrix, which can never split off an eigenvalue.
-  CMcfButterworthqv f;
-  EXPECT_EXIT(f.mcButter(1, 1000, 3, std::numeric_limits<double>::quiet_NaN(), 0),
-              testing::ExitedWithCode(1), "^Too many iterations in hqr\n$");
+  for (int type : {0, 7, std::numeric_limits<int>::min()}) {
+    SCOPED_TRACE(type);
+    MessageCapture cap;
+    CMcfButterworthqv f;
+    EXPECT_EQ(f.mcButter(type, 1000, 2, 100, 0), 1);
+    EXPECT_EQ(cap.messages, std::vector<std::wstring>{L"Unrecognized filter type " +
+                                                      std::to_wstring(type)});
+    ASSERT_EQ(f.stateCount, 2);
+    EXPECT_NEAR((f.numer[0] + f.numer[1] + f.numer[2]) / (f.denom[0] + f.denom[1] + f.denom[2]),
+                1.0, 1e-12);
+  }
 }
 
 TEST(McfButterworthInitialConditions, MatchScipyLfilterZi) {
@@ -244,13 +191,9 @@ TEST(McfButterworthFiltfilt, MatchesScipyFiltfiltWithOddPadding) {
 TEST(McfButterworthFiltfilt, ConstantPassesWithoutTransient) {
   const std::vector<double> c(40, 2.5);
   CMcfButterworthqv f;
-  for (int type : {1, 4}) {  // unity DC gain
+  for (int type : {1, 2, 3, 4}) {  // unity DC gain for low-pass and band-stop, else zero
     f.mcButter(type, 1000, 3, 100, 200);
-    for (double v : runFiltfilt(f, c)) EXPECT_NEAR(v, 2.5, 1e-12);
-  }
-  for (int type : {2, 3}) {  // zero DC gain
-    f.mcButter(type, 1000, 3, 100, 200);
-    for (double v : runFiltfilt(f, c)) EXPECT_NEAR(v, 0.0, 1e-12);
+    for (double v : runFiltfilt(f, c)) EXPECT_NEAR(v, type % 3 == 1 ? 2.5 : 0.0, 1e-12);
   }
 }
 
@@ -263,26 +206,7 @@ TEST(McfButterworthFiltfilt, CallerWorkBufferMeansNoAllocation) {
   const long before = gAllocations.load();
   f.filtfilt(const_cast<double*>(x.data()), 64, out.data(), work.data());
   EXPECT_EQ(gAllocations.load(), before);
-  for (int k = 0; k < 64; ++k) EXPECT_EQ(out[k], want[k]);
-  // Filtering in place gives the same result.
-  std::vector<double> inPlace(x);
-  inPlace.resize(64 + 24);
-  f.filtfilt(inPlace.data(), 64, inPlace.data(), work.data());
-  for (int k = 0; k < 64; ++k) EXPECT_EQ(inPlace[k], want[k]);
-}
-
-TEST(McfButterworthFiltfilt, ShortRecordOrMissingDesignIsReported) {
-  MessageCapture cap;
-  CMcfButterworthqv f;
-  std::vector<double> x(13, 1.0), out(13 + 24, -7.0);
-  f.filtfilt(x.data(), 13, out.data(), nullptr);  // nothing designed yet
-  f.mcButter(1, 1000, 4, 100, 0);
-  f.filtfilt(x.data(), 12, out.data(), nullptr);  // needs more than 12 samples
-  ASSERT_EQ(cap.messages.size(), 2u);
-  EXPECT_EQ(cap.messages[1], L"filtfilt: the record must be longer than 12 samples (got 12)!\n");
-  EXPECT_EQ(out[0], -7.0);
-  f.filtfilt(x.data(), 13, out.data(), nullptr);
-  EXPECT_NEAR(out[0], 1.0, 1e-12);
+  EXPECT_EQ(std::vector<double>(out.begin(), out.begin() + 64), want);
 }
 
 }  // namespace
