@@ -63,31 +63,18 @@ TEST(RemovOffsetTrend, DcOffsetDividesByOneMoreThanItSums) {
   expectNear(x, {-0.5, 0.5, 1.5, 2.5, 3.5}, 1e-15);
 }
 
-TEST(RemovOffsetTrend, RangeArgumentsAreRejected) {
+// The vector forms' rejections are in the hostile suite; the matrix forms share them.
+TEST(RemovOffsetTrend, MatrixFormsRejectBadRangesUntouched) {
   CRemovOffsetTrendqv d;
-  std::vector<double> x = {1, 2, 3, 4, 5};
-  const std::vector<double> keep = x;
   const std::int64_t bad[][2] = {{2, 2}, {3, 2}, {0, 5}, {-1, 3}, {5, 6}};
   for (const auto& r : bad) {
     SCOPED_TRACE(testing::Message() << r[0] << ".." << r[1]);
-    EXPECT_EQ(d.dcOffset(x.data(), 5, r[0], r[1]), 0);
-    EXPECT_EQ(d.linearTrendOff(x.data(), 5, r[0], r[1]), 0);
     Matrix m(5, 2, 1);
+    const std::vector<double> before = m.flat;
     EXPECT_EQ(d.dcOffsetTimeFreqx(m.flat.data(), 5, 2, r[0], r[1]), 0);
     EXPECT_EQ(d.linearTrendOffTimeFreq(m.ptrs.data(), 5, 2, r[0], r[1]), 0);
+    EXPECT_EQ(m.flat, before);
   }
-  EXPECT_EQ(d.dcOffset(nullptr, 5, 0, 3), 0);
-  EXPECT_EQ(d.linearTrendOff(nullptr, 5, 0, 3), 0);
-  EXPECT_EQ(x, keep);
-
-  Matrix m(4, 3, 2);
-  const std::vector<double> before = m.flat;
-  EXPECT_EQ(d.dcOffsetTimeFreq(m.ptrs.data(), 4, 0, 0, 2), 1);  // no columns: nothing to do
-  EXPECT_EQ(d.linearTrendOffTimeFreqx(m.flat.data(), 4, -1, 0, 2), 1);
-  m.ptrs[2] = nullptr;
-  EXPECT_EQ(d.dcOffsetTimeFreq(m.ptrs.data(), 4, 3, 0, 2), 0);
-  EXPECT_EQ(d.removeMeanVTimeFreq(m.ptrs.data(), 4, 3), 0);
-  EXPECT_EQ(m.flat, before);
 }
 
 TEST(RemovOffsetTrend, ExactLineLeavesZerosWhateverTheFittedRange) {
@@ -124,9 +111,6 @@ TEST(RemovOffsetTrend, RemoveMeanV) {
   std::vector<double> x = {1, 2, 3, 6};
   EXPECT_EQ(d.removeMeanV(x.data(), 4), 1);
   expectNear(x, {-2, -1, 0, 3}, 1e-15);
-  EXPECT_EQ(d.removeMeanV(x.data(), 0), 1);
-  EXPECT_EQ(d.removeMeanV(nullptr, 0), 1);
-  EXPECT_EQ(d.removeMeanV(nullptr, 3), 0);
 }
 
 TEST(RemovOffsetTrend, MatrixFormsEqualPerColumnVectorCalls) {
@@ -171,46 +155,26 @@ TEST(RemovOffsetTrend, MatrixFormsEqualPerColumnVectorCalls) {
 
 TEST(RemovOffsetTrend, CheckCorrectDataRangeComparesFirstAndLastDifferently) {
   CRemovOffsetTrendqv d;
-  d.rangeFirst = 100;
-  d.rangeLast = 100;
+  d.rangeFirst = d.rangeLast = 100;
   EXPECT_EQ(d.checkCorrectDataRnge(100), 1);
-  EXPECT_EQ(d.rangeFirst, 99);
-  EXPECT_EQ(d.rangeLast, 100);
+  EXPECT_TRUE(d.rangeFirst == 99 && d.rangeLast == 100);
   d.rangeFirst = 100;
   d.rangeLast = 101;
   EXPECT_EQ(d.checkCorrectDataRnge(100), 0);
-  EXPECT_EQ(d.rangeFirst, 99);
-  EXPECT_EQ(d.rangeLast, 99);
+  EXPECT_TRUE(d.rangeFirst == 99 && d.rangeLast == 99);
   CRemovOffsetTrendAcqqv acq;
-  acq.rangeFirst = 100;
-  acq.rangeLast = 100;
+  acq.rangeFirst = acq.rangeLast = 100;
   EXPECT_EQ(acq.checkCorrectDataRnge(100), 1);
   EXPECT_EQ(acq.rangeFirst, 99);
 }
 
 TEST(RemovOffsetTrendAcq, WindowLengthFollowsTheMode) {
   CRemovOffsetTrendAcqqv acq;
-  EXPECT_EQ(acq.dcMode, 0);
-  EXPECT_EQ(acq.windowLength, 2048);
+  EXPECT_TRUE(acq.dcMode == 0 && acq.windowLength == 2048);
   EXPECT_EQ(acq.setDcOffsetMode(0), 1);
   EXPECT_EQ(acq.windowLength, 1024);
   acq.setDcOffsetMode(3);
-  EXPECT_EQ(acq.dcMode, 3);
-  EXPECT_EQ(acq.windowLength, 2048);
-}
-
-TEST(RemovOffsetTrendAcq, BadBlocksAreRejectedUntouched) {
-  CRemovOffsetTrendAcqqv acq;
-  std::vector<double> x = {1, 2, 3, 4};
-  const std::int64_t bad[][3] = {{4, 0, 4}, {4, -1, 2}, {4, 0, -1}, {4, 3, 2}, {4, 4, 4}};
-  for (const auto& b : bad) {
-    EXPECT_EQ(acq.dcOffset(x.data(), b[0], b[1], b[2], 0), 0);
-    EXPECT_EQ(acq.medianFlt(x.data(), b[0], b[1], b[2], 0), 0);
-    EXPECT_EQ(acq.linearTrendOff(x.data(), b[0], b[1], b[2], 0), 0);
-  }
-  EXPECT_EQ(acq.dcOffset(nullptr, 4, 0, 3, 0), 0);
-  EXPECT_EQ(x, (std::vector<double>{1, 2, 3, 4}));
-  EXPECT_EQ(acq.firstDc, 1);
+  EXPECT_TRUE(acq.dcMode == 3 && acq.windowLength == 2048);
 }
 
 // Blocks of 3 into a window of 8: each block loses the mean of the last (up to) 8 raw samples.
@@ -228,15 +192,12 @@ TEST(RemovOffsetTrendAcq, DcOffsetSlidesOverBlocksAndRestartsAtZero) {
       const double mean =
           std::accumulate(raw.begin() + from, raw.begin() + start + 3, 0.0) / (start + 3 - from);
       for (int k = 0; k < 3; ++k) EXPECT_NEAR(data[start + k], raw[start + k] - mean, 1e-12);
-      EXPECT_EQ(acq.blockStart, start);
-      EXPECT_EQ(acq.blockEnd, start + 2);
-      EXPECT_EQ(acq.blockData, data.data());
+      EXPECT_TRUE(acq.blockStart == start && acq.blockEnd == start + 2 &&
+                  acq.blockData == data.data());
     }
     EXPECT_EQ(acq.dcHistory, std::vector<double>(raw.begin() + 7, raw.end()));
   }
-  EXPECT_EQ(acq.firstDc, 0);
-  EXPECT_EQ(acq.blockChannel, 4);
-  EXPECT_EQ(acq.blockLength, 15);
+  EXPECT_TRUE(acq.firstDc == 0 && acq.blockChannel == 4 && acq.blockLength == 15);
   EXPECT_TRUE(acq.medianHistory.empty());  // each estimator keeps its own history
 }
 
@@ -251,8 +212,7 @@ TEST(RemovOffsetTrendAcq, MedianSelectionReordersItsHistory) {
   EXPECT_EQ(std::vector<double>(x.begin(), x.begin() + 4), (std::vector<double>{2, 1, 0, -1}));
   EXPECT_EQ(acq.medianHistory, (std::vector<double>{1, 2, 3, 4}));
   EXPECT_EQ(acq.medianFlt(x.data(), 6, 4, 5, 0), 1);
-  EXPECT_EQ(x[4], 6.0);
-  EXPECT_EQ(x[5], 6.0);
+  EXPECT_TRUE(x[4] == 6.0 && x[5] == 6.0);
   EXPECT_EQ(acq.medianFlt(x.data(), 6, 0, 0, 0), 1);  // restart: history is the one sample
   EXPECT_EQ(x[0], 0.0);
   EXPECT_EQ(acq.medianHistory, std::vector<double>{2.0});
@@ -316,13 +276,8 @@ TEST(RemovOffsetTrendAcq, CopyConstructionCopiesAllAssignmentOnlyPart) {
 
   CRemovOffsetTrendAcqqv target;
   target = src;
-  EXPECT_EQ(target.windowLength, 4);
-  EXPECT_EQ(target.rangeLast, 7);
-  EXPECT_EQ(target.trendSumY, src.trendSumY);
-  EXPECT_EQ(target.dcHistory, src.dcHistory);
-  EXPECT_TRUE(target.medianHistory.empty());
-  EXPECT_TRUE(target.trendHistory.empty());
-  EXPECT_EQ(target.firstDc, 1);
-  EXPECT_EQ(target.blockData, nullptr);
-  EXPECT_EQ(target.blockChannel, 0);
+  EXPECT_TRUE(target.windowLength == 4 && target.rangeLast == 7);
+  EXPECT_TRUE(target.trendSumY == src.trendSumY && target.dcHistory == src.dcHistory);
+  EXPECT_TRUE(target.medianHistory.empty() && target.trendHistory.empty());
+  EXPECT_TRUE(target.firstDc == 1 && target.blockData == nullptr && target.blockChannel == 0);
 }

@@ -117,7 +117,8 @@ TEST(RtfFirHostile, WildCountsAndIndices) {
 
   CRtf6Fir fir;
   EXPECT_EQ(printed([&] { fir.setTaps(INT_MIN); }), "\nThat value is not possible\n");
-  EXPECT_EQ(printed([&] { CRtf6Fir bad(INT_MIN); }), "\nThe number of taps can not be less than 0\n");
+  EXPECT_EQ(printed([&] { CRtf6Fir bad(INT_MIN); }),
+            "\nThe number of taps can not be less than 0\n");
   for (int i : {INT_MIN, -1, 4, INT_MAX}) {
     EXPECT_EQ(printed([&] { EXPECT_EQ(fir.getCoeff(i), 0.0); }),
               "\nThat coefficient does not exist\n");
