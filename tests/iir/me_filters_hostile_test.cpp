@@ -219,10 +219,6 @@ TEST(MeButterworthHostile, NonFiniteAndDenormalSamples) {
   Vec tiny(64, kDenorm);
   ASSERT_EQ(low.filtData(tiny.data(), 64), 1);
   for (double v : tiny) EXPECT_TRUE(std::isfinite(v) && std::fabs(v) < 1e-300);
-  // A NaN poisons a low-pass for good (the state holds it).
-  Vec x = {1.0, kNan, 1.0, 1.0};
-  ASSERT_EQ(low.filtData(x.data(), 4), 1);
-  EXPECT_TRUE(std::isnan(x[3]));
 
   // During acquisition the high-pass never outputs a NaN, whatever comes in.
   CMeFilterButterworth high;
@@ -338,14 +334,11 @@ TEST(MeButterworthBankHostile, NullEntriesAreSkippedEverywhere) {
   CMeFilterButterworthqv copy;
   copy = bank;
   EXPECT_EQ(copy.filterList.size(), 1);  // only the non-null stage is copied
-  EXPECT_EQ(bank.makeCoefs(nullptr), 0);
-  EXPECT_EQ(bank.checkCorrectFilterSettings4SmpRate(nullptr), 0);
   EXPECT_EQ(CMeFilterButterworth::initButterworthStage(nullptr), 0);
 }
 
 TEST(MeButterworthBankHostile, CoefLowpassWithWildArguments) {
   CMeFilterButterworthqv bank;
-  EXPECT_EQ(bank.coefLowpass(0, 0.5, 1), nullptr);
   EXPECT_EQ(bank.coefLowpass(kIntMin, 0.5, 0), nullptr);
   for (double f : {kNan, kInf, 1e300, -3.0}) {
     SCOPED_TRACE(f);
@@ -413,7 +406,6 @@ TEST(MeChebyshevHostile, EmptyNullBlocksNullEntriesAndZeroRate) {
   EXPECT_EQ(copy.stageList[3], nullptr);
   EXPECT_EQ(copy.filtData(x.data(), 2), 1);
   EXPECT_TRUE(std::isnan(x[1]));
-  EXPECT_EQ(CMeFilterChebyshev::initChebyshevStage(nullptr), 0);
 }
 
 }  // namespace
