@@ -65,16 +65,6 @@ bool samePermutation(std::vector<double> a, std::vector<double> b) {
 
 }  // namespace
 
-TEST(RtfMedianSelect, SmallExamplesGiveTheLowerMedian) {
-  MedianProbe m;
-  std::vector<double> a = {5, 1, 4, 2}, b = {3, 1, 2}, c = {5, 1, 4, 2}, d = a;
-  EXPECT_EQ(m.medianWirth(a.data(), 4), 2.0);
-  EXPECT_EQ(m.medianWirth(b.data(), 3), 2.0);
-  EXPECT_EQ(m.quick_select(c.data(), 4), 2.0);
-  EXPECT_EQ(m.torben(d.data(), 4), 2.0);
-  EXPECT_EQ(m.quickMedianStd(d), 2.0);
-}
-
 TEST(RtfMedianSelect, AllMethodsAgreeWithSortedCopy) {
   std::mt19937 gen(2024);
   std::uniform_real_distribution<double> u(-100.0, 100.0);
