@@ -23,22 +23,19 @@ const double kPi = 3.14159265358979323846;
 
 TEST(RtfFirMessages, EveryBadArgumentPrintsItsText) {
   CRtf6Fir fir;
-  const double bad[2] = {0.1, 0.7};
+  const double bad[2] = {0.1, 0.7};  // getters at bad indices: the hostile suite
   const struct {
     std::function<void()> action;
     const char* text;
   } cases[] = {
       {[] { CRtf6Fir negative(-3); }, "\nThe number of taps can not be less than 0\n"},
       {[&] { fir.setTaps(0); }, "\nThat value is not possible\n"},
-      {[&] { EXPECT_EQ(fir.getCoeff(4), 0.0); }, "\nThat coefficient does not exist\n"},
       {[&] { fir.setCoeff(1.0, -1); }, "\nThat coefficient does not exist\n"},
       {[&] { EXPECT_EQ(fir.getFreq(2), 0.0); }, "\nThat frequency does not exist\n"},
-      {[&] { EXPECT_EQ(fir.getFreq(-1), 0.0); }, "\nThat frequency does not exist\n"},
       {[&] { fir.setFreq(0.6, 0); },
        "\nThat frequency is not normalized || the index does not exist\n"},
       {[&] { fir.setFreq(0.1, 1); },  // nothing stored yet: only index 0 is admitted
        "\nThat frequency is not normalized || the index does not exist\n"},
-      {[&] { EXPECT_EQ(fir.getBuffer(4), 0.0); }, "\nThat value does not exist\n"},
       {[&] { fir.setBuffer(1.0, 4); }, "\nThat index for the buffer does not exist\n"},
       {[&] { fir.lowpass(0.6); }, "\nThe frequency is not normalized\n"},
       {[&] { fir.highpass(-0.1); }, "\nThe frequency is not normalized\n"},
