@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <utility>
 
 #include "digitfilt/foundation/design_base.h"
-#include "digitfilt/foundation/messages.h"
 #include "digitfilt/iir/me_stage_sections.h"
 
 namespace {
@@ -14,14 +12,9 @@ namespace {
 using digitfilt::kPi;
 constexpr int kMaxSections = MeFilterButterworthx::kMaxSections;
 
-const wchar_t kBandpassOrderText[] = L"Order for bandpass must be 4,8,12,16,...\n";
-const wchar_t kBandstopOrderText[] = L"Order for bandpass/bandstop must be 4,8,12,16,...\n";
-
 // Remainders as integer division gives them (toward zero), so -3 rounds to -2, not -4.
 int roundToEven(int order) { return order - order % 2; }
 int clampOrder(int order) { return order < 2 ? 2 : std::min(order, 20); }
-
-using digitfilt::reduceToMultipleOf4;  // the band designs need a multiple of 4
 
 // n second-order sections of a low- or high-pass with prototype poles at sin(pi (2i+1) / 4n).
 void designLowHighSections(MeFilterButterworthx& s, int n, double cutoffHz, bool highpass) {
@@ -34,6 +27,7 @@ void designLowHighSections(MeFilterButterworthx& s, int n, double cutoffHz, bool
     s.d2[i] = -(a2 - 2.0 * a * r + 1.0) / sd;
     s.A[i] = (highpass ? 1.0 : a2) / sd;
   }
+  s.numSections = n;
 }
 
 // n fourth-order sections of a band design, the prototype pole angles taken for m pairs.
@@ -54,6 +48,7 @@ void designBandSections(MeFilterButterworthx& s, int n, int m, bool bandpass) {
     s.stopR = 4.0 * a;
     s.stopS = 4.0 * a * a + 2.0;
   }
+  s.numSections = n;
 }
 
 bool knownType(const MeFilterButterworthx& s) { return s.filterType >= 0 && s.filterType <= 3; }
@@ -136,62 +131,21 @@ int CMeFilterButterworth::initButterworthStage(MeFilterButterworthx* stage) {
 int CMeFilterButterworth::makeCoefLopsHips(int order, double sampleRate, int lowpassOn,
                                            double lowpassFreq, int highpassOn,
                                            double highpassFreq) {
-  bool lowMade = false;
-  int lowOrder = 0;
-  if (lowpassOn) {
-    auto s = newStage();
-    if (!s) return 0;
-    s->enabled = 1;
-    s->filterType = 0;
-    s->order = order;  // as given; only the working order is rounded
-    s->sampleRate = sampleRate;
-    s->lowpassFreq = lowpassFreq;
-    lowOrder = clampOrder(roundToEven(order));
-    const int n = lowOrder / 2;
-    designLowHighSections(*s, n, lowpassFreq, false);
-    s->numSections = n;
-    filterList.add(std::move(s));
-    lowMade = true;
-  }
-  if (highpassOn) {
-    auto s = newStage();
-    if (!s) return 0;
-    // Deliberate: the stage stays disabled (enabled 0 from the initialiser) until the caller
-    // switches it on; hosts depend on that.
-    s->filterType = 1;
-    s->order = lowMade ? lowOrder : order;
-    s->sampleRate = sampleRate;
-    s->highpassFreq = highpassFreq;
-    const int n = clampOrder(roundToEven(s->order)) / 2;
-    designLowHighSections(*s, n, highpassFreq, true);
-    s->numSections = n;
-    filterList.add(std::move(s));
-  }
-  return 1;
+  return digitfilt::appendLowHighStages(
+      filterList, 0, order, sampleRate, lowpassOn, lowpassFreq, highpassOn, highpassFreq,
+      [](int o) { return clampOrder(roundToEven(o)); }, designLowHighSections);
 }
 
 int CMeFilterButterworth::makeCoefBndpasBndstp(int order, double sampleRate, double highFreq,
                                                double lowFreq, int bandpass) {
-  auto s = newStage();
+  int working = 0;
+  auto s = digitfilt::newBandStage<MeFilterButterworthx>(order, sampleRate, highFreq, lowFreq,
+                                                         bandpass != 0, 2, working);
   if (!s) return 0;
-  s->order = order;
-  s->sampleRate = sampleRate;
-  s->bandHighFreq = highFreq;
-  s->bandLowFreq = lowFreq;
-  int working;
-  if (bandpass) {
-    s->filterType = 2;  // left disabled on purpose, like the high-pass of makeCoefLopsHips
-    working = reduceToMultipleOf4(order, kBandpassOrderText);
-  } else {
-    s->filterType = 3;
-    s->enabled = 1;
-    working = reduceToMultipleOf4(order, kBandstopOrderText);
-  }
   // An order reduced to 0 is raised to 2, which still gives no four-pole section: such a stage
   // passes data unchanged.
   const int n = clampOrder(working) / 4;
   designBandSections(*s, n, n, bandpass != 0);
-  s->numSections = n;
   filterList.add(std::move(s));
   return 1;
 }
@@ -206,18 +160,16 @@ int CMeFilterButterworth::makeCoefs(MeFilterButterworthx* stage) {
       const int n = s.order / 2;
       designLowHighSections(s, n, s.filterType == 0 ? s.lowpassFreq : s.highpassFreq,
                             s.filterType == 1);
-      s.numSections = n;
       return 1;
     }
     case 2:
     case 3: {
       // Both band types report with the band-pass wording here.
-      s.order = clampOrder(roundToEven(reduceToMultipleOf4(s.order, kBandpassOrderText)));
+      s.order = clampOrder(roundToEven(digitfilt::reduceBandOrder(s.order, true)));
       // Deliberate: a band-pass remade here gets one section per unit of order, with 4 * order
       // in the pole angles, unlike every other band design of this class; hosts expect it.
       const int n = s.filterType == 2 ? s.order : s.order / 4;
       designBandSections(s, n, n, s.filterType == 2);
-      s.numSections = n;
       return 1;
     }
     default:

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <utility>
 
 #include "digitfilt/foundation/design_base.h"
-#include "digitfilt/foundation/messages.h"
 #include "digitfilt/iir/me_stage_sections.h"
 
 namespace {
@@ -20,8 +18,8 @@ int lowHighOrder(int order) {
   return even < 2 ? 2 : std::min(even, kMaxSections);
 }
 
-int bandOrder(int order, const wchar_t* text) {
-  order = digitfilt::reduceToMultipleOf4(order, text);
+// A working band order (already a multiple of 4) kept within 4..kMaxSections.
+int clampBandOrder(int order) {
   return order < 4 ? 4 : std::min(order, kMaxSections);
 }
 
@@ -142,53 +140,20 @@ int CMeFilterChebyshev::initChebyshevStage(MeFilterChebyshevx* stage) {
 int CMeFilterChebyshev::makeCoefLopsHips(int order, double sampleRate, int lowpassOn,
                                          double lowpassFreq, int highpassOn, double highpassFreq,
                                          double epsilon) {
-  bool lowMade = false;
-  int lowOrder = 0;
-  if (lowpassOn) {
-    auto s = newStage();
-    if (!s) return 0;
-    s->enabled = 1;
-    s->filterType = 2;
-    s->order = order;  // as given; only the working order is rounded
-    s->sampleRate = sampleRate;
-    s->lowpassFreq = lowpassFreq;
-    lowOrder = lowHighOrder(order);
-    designLowHighSections(*s, lowOrder / 2, lowpassFreq, epsilon, false);
-    stageList.add(std::move(s));
-    lowMade = true;
-  }
-  if (highpassOn) {
-    auto s = newStage();
-    if (!s) return 0;
-    // Deliberate: left disabled until the caller switches it on, as hosts expect.
-    s->filterType = 1;
-    s->order = lowMade ? lowOrder : order;
-    s->sampleRate = sampleRate;
-    s->highpassFreq = highpassFreq;
-    designLowHighSections(*s, lowHighOrder(s->order) / 2, highpassFreq, epsilon, true);
-    stageList.add(std::move(s));
-  }
-  return 1;
+  return digitfilt::appendLowHighStages(
+      stageList, 2, order, sampleRate, lowpassOn, lowpassFreq, highpassOn, highpassFreq,
+      lowHighOrder, [epsilon](MeFilterChebyshevx& s, int n, double cutoffHz, bool highpass) {
+        designLowHighSections(s, n, cutoffHz, epsilon, highpass);
+      });
 }
 
 int CMeFilterChebyshev::makeCoefBndpasBndstp(int order, double sampleRate, double highFreq,
                                              double lowFreq, int bandpass, double epsilon) {
-  auto s = newStage();
+  int working = 0;
+  auto s = digitfilt::newBandStage<MeFilterChebyshevx>(order, sampleRate, highFreq, lowFreq,
+                                                       bandpass != 0, 3, working);
   if (!s) return 0;
-  s->order = order;
-  s->sampleRate = sampleRate;
-  s->bandHighFreq = highFreq;
-  s->bandLowFreq = lowFreq;
-  int working;
-  if (bandpass) {
-    s->filterType = 3;  // left disabled on purpose, like the high-pass
-    working = bandOrder(order, L"Order for bandpass must be 4,8,12,16,...\n");
-  } else {
-    s->filterType = 4;
-    s->enabled = 1;
-    working = bandOrder(order, L"Order for bandpass/bandstop must be 4,8,12,16,...\n");
-  }
-  designBandSections(*s, working, epsilon, bandpass != 0);
+  designBandSections(*s, clampBandOrder(working), epsilon, bandpass != 0);
   stageList.add(std::move(s));
   return 1;
 }

@@ -6,6 +6,12 @@
 #include "digitfilt/foundation/messages.h"
 
 namespace digitfilt {
+namespace {
+
+const wchar_t kBandpassOrderText[] = L"Order for bandpass must be 4,8,12,16,...\n";
+const wchar_t kBandstopOrderText[] = L"Order for bandpass/bandstop must be 4,8,12,16,...\n";
+
+}  // namespace
 
 int reduceToMultipleOf4(int order, const wchar_t* text) {
   if (order % 4 != 0) {
@@ -13,6 +19,10 @@ int reduceToMultipleOf4(int order, const wchar_t* text) {
     order -= order % 4;
   }
   return order;
+}
+
+int reduceBandOrder(int order, bool bandpassWording) {
+  return reduceToMultipleOf4(order, bandpassWording ? kBandpassOrderText : kBandstopOrderText);
 }
 
 BandWarp bandWarp(double highHz, double lowHz, double sampleRate) {
