@@ -15,15 +15,9 @@ using digitfilt::test::MessageCapture;
 using digitfilt::test::Sos;
 using digitfilt::test::sosMagnitude;
 
-void expectSos(const Sos& got, const Sos& want) {
-  EXPECT_NEAR(got.b0, want.b0, 1e-12);
-  EXPECT_NEAR(got.b1, want.b1, 1e-12);
-  EXPECT_NEAR(got.b2, want.b2, 1e-12);
-  EXPECT_NEAR(got.a1, want.a1, 1e-12);
-  EXPECT_NEAR(got.a2, want.a2, 1e-12);
-}
+using digitfilt::test::expectSos;
 
-Sos sosOf(const BIQUAD_PARAM2& bq) { return {bq.b0, bq.b1, bq.b2, bq.a1, bq.a2}; }
+Sos sosOf(const BIQUAD_PARAM2& bq) { return digitfilt::test::df1Sos(bq); }
 // Transposed direct form II keeps the numerator in a0..a2 and the denominator in b1, b2.
 Sos sosOf(const BIQUAD_PARAM3& bq) { return {bq.a0, bq.a1, bq.a2, bq.b1, bq.b2}; }
 

@@ -20,16 +20,12 @@ BIQUAD_PARAM1* stageAt(CRtf0Basic& c, std::int64_t i) {
   return static_cast<BIQUAD_PARAM1*>(c.biquadList.at(i));
 }
 
+Sos sosOf(const BIQUAD_PARAM1& bq) { return digitfilt::test::df1Sos(bq); }
+
 void expectCoefs(const BIQUAD_PARAM1& bq, const Sos& want) {
-  EXPECT_NEAR(bq.b0, want.b0, 1e-12);
-  EXPECT_NEAR(bq.b1, want.b1, 1e-12);
-  EXPECT_NEAR(bq.b2, want.b2, 1e-12);
-  EXPECT_NEAR(bq.a1, want.a1, 1e-12);
-  EXPECT_NEAR(bq.a2, want.a2, 1e-12);
+  digitfilt::test::expectSos(sosOf(bq), want);
   EXPECT_DOUBLE_EQ(bq.a0, 1.0);
 }
-
-Sos sosOf(const BIQUAD_PARAM1& bq) { return {bq.b0, bq.b1, bq.b2, bq.a1, bq.a2}; }
 
 // Slow reference: each enabled stage, cloned, runs biquad_process over the whole signal in turn.
 std::vector<double> referenceCascade(const CRtf1Biquad& c, std::vector<double> x) {

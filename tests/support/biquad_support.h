@@ -7,6 +7,8 @@
 #include <random>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include <digitfilt/digitfilt.h>
 
 #include "support/acq_support.h"
@@ -17,6 +19,21 @@ namespace digitfilt::test {
 struct Sos {
   double b0, b1, b2, a1, a2;
 };
+
+// The section of a direct-form-I record (BIQUAD_PARAM1 or BIQUAD_PARAM2).
+template <class Record>
+Sos df1Sos(const Record& bq) {
+  return {bq.b0, bq.b1, bq.b2, bq.a1, bq.a2};
+}
+
+// Every coefficient within 1e-12 of the reference.
+inline void expectSos(const Sos& got, const Sos& want) {
+  EXPECT_NEAR(got.b0, want.b0, 1e-12);
+  EXPECT_NEAR(got.b1, want.b1, 1e-12);
+  EXPECT_NEAR(got.b2, want.b2, 1e-12);
+  EXPECT_NEAR(got.a1, want.a1, 1e-12);
+  EXPECT_NEAR(got.a2, want.a2, 1e-12);
+}
 
 // |H(e^jw)| of a section at w = 2 pi f / rate.
 inline double sosMagnitude(const Sos& s, double f, double rate) {
