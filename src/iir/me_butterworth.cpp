@@ -123,9 +123,7 @@ std::unique_ptr<MeFilterButterworthx> CMeFilterButterworth::newStage() {
 }
 
 int CMeFilterButterworth::initButterworthStage(MeFilterButterworthx* stage) {
-  if (stage == nullptr) return 0;
-  *stage = MeFilterButterworthx();
-  return 1;
+  return digitfilt::resetStageToDefaults(stage);
 }
 
 int CMeFilterButterworth::makeCoefLopsHips(int order, double sampleRate, int lowpassOn,

@@ -132,9 +132,7 @@ std::unique_ptr<MeFilterChebyshevx> CMeFilterChebyshev::newStage() {
 }
 
 int CMeFilterChebyshev::initChebyshevStage(MeFilterChebyshevx* stage) {
-  if (stage == nullptr) return 0;
-  *stage = MeFilterChebyshevx();
-  return 1;
+  return digitfilt::resetStageToDefaults(stage);
 }
 
 int CMeFilterChebyshev::makeCoefLopsHips(int order, double sampleRate, int lowpassOn,

@@ -20,6 +20,14 @@ std::unique_ptr<Stage> newStageOrNull() {
   }
 }
 
+// Puts a stage back to its record's defaults; 0 for a null stage.
+template <class Stage>
+int resetStageToDefaults(Stage* stage) {
+  if (stage == nullptr) return 0;
+  *stage = Stage();
+  return 1;
+}
+
 // Reduces an order that is not a multiple of 4 (remainder toward zero), reporting `text`.
 int reduceToMultipleOf4(int order, const wchar_t* text);
 // The same with the band designs' wording: the band-pass text, or the band-stop one.
