@@ -104,4 +104,30 @@ void BM_AcquisitionBank(benchmark::State& state) {
 }
 BENCHMARK(BM_AcquisitionBank)->Arg(100)->Unit(benchmark::kMillisecond);
 
+// The default bank for a rate designed from scratch: defaults, then every enabled slot.
+void BM_DesignDefaultBank(benchmark::State& state) {
+  for (auto _ : state) {
+    CDigitFiltCoefMak01Butterworth designer;
+    designer.initCtfButterworthFilter4SmplRate(1000.0);
+    benchmark::DoNotOptimize(designer.makeAllButterworthCoeffs(true));
+  }
+}
+BENCHMARK(BM_DesignDefaultBank)->Unit(benchmark::kMicrosecond);
+
+// One order-4 band-stop's magnitude at 1000 frequencies, as a host plots it.
+void BM_FreqResponse1000(benchmark::State& state) {
+  CDigitFiltCoefMak01Butterworth designer;
+  designer.initCtfButterworthFilter4SmplRate(1000.0);
+  filter_iirspec s = designer.iirSpecs[3];
+  s.enabled = 1;
+  s.freqLow = 48.0;
+  s.freqHigh = 52.0;
+  designer.ctfButterworthIirFilterCoef(&s);
+  for (auto _ : state)
+    for (int i = 0; i < 1000; ++i)
+      benchmark::DoNotOptimize(CMFilterFaceqv::freqResponse(&s, 1000.0, 0.5 * i));
+  state.SetItemsProcessed(state.iterations() * 1000);
+}
+BENCHMARK(BM_FreqResponse1000)->Unit(benchmark::kMicrosecond);
+
 }  // namespace
