@@ -99,26 +99,6 @@ TEST(DetrendHostile, MatrixFormsWithEmptyShapesAndNullRows) {
   EXPECT_DOUBLE_EQ(row2[1], 4.0);
 }
 
-TEST(DetrendHostile, RangeCorrectionAtTheExtremes) {
-  CRemovOffsetTrendqv r;
-  r.rangeFirst = 0;
-  r.rangeLast = 5;
-  EXPECT_EQ(r.checkCorrectDataRnge(0), 0);
-  EXPECT_TRUE(r.rangeFirst == -1 && r.rangeLast == -1);
-  // The lowest length has no predecessor: it stands for itself instead of wrapping around.
-  r.rangeFirst = 3;
-  r.rangeLast = 4;
-  EXPECT_EQ(r.checkCorrectDataRnge(kMin), 0);
-  EXPECT_TRUE(r.rangeFirst == kMin && r.rangeLast == kMin);
-  CRemovOffsetTrendAcqqv acq;
-  acq.rangeFirst = kMax;
-  acq.rangeLast = kMax;
-  EXPECT_EQ(acq.checkCorrectDataRnge(kMax), 1);
-  EXPECT_TRUE(acq.rangeFirst == kMax - 1 && acq.rangeLast == kMax);
-  EXPECT_EQ(acq.checkCorrectDataRnge(kMin), 0);
-  EXPECT_EQ(acq.rangeFirst, kMin);
-}
-
 TEST(DetrendHostile, AcquisitionBlocksOutsideTheArrayAreRefusedUntouched) {
   CRemovOffsetTrendAcqqv acq;
   const std::vector<double> orig = ramp(4);

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <numeric>
 #include <random>
 #include <utility>
@@ -153,19 +155,30 @@ TEST(RemovOffsetTrend, MatrixFormsEqualPerColumnVectorCalls) {
   }
 }
 
+// First is compared with >=, last with >; both forms alike. The lowest length has no
+// predecessor: it stands for itself instead of wrapping around.
 TEST(RemovOffsetTrend, CheckCorrectDataRangeComparesFirstAndLastDifferently) {
-  CRemovOffsetTrendqv d;
-  d.rangeFirst = d.rangeLast = 100;
-  EXPECT_EQ(d.checkCorrectDataRnge(100), 1);
-  EXPECT_TRUE(d.rangeFirst == 99 && d.rangeLast == 100);
-  d.rangeFirst = 100;
-  d.rangeLast = 101;
-  EXPECT_EQ(d.checkCorrectDataRnge(100), 0);
-  EXPECT_TRUE(d.rangeFirst == 99 && d.rangeLast == 99);
-  CRemovOffsetTrendAcqqv acq;
-  acq.rangeFirst = acq.rangeLast = 100;
-  EXPECT_EQ(acq.checkCorrectDataRnge(100), 1);
-  EXPECT_EQ(acq.rangeFirst, 99);
+  const std::int64_t kMin = std::numeric_limits<std::int64_t>::min(),
+                     kMax = std::numeric_limits<std::int64_t>::max();
+  const struct {
+    bool acq;
+    std::int64_t first, last, length;
+    int ok;
+    std::int64_t wantFirst, wantLast;
+  } cases[] = {{false, 100, 100, 100, 1, 99, 100}, {false, 100, 101, 100, 0, 99, 99},
+               {true, 100, 100, 100, 1, 99, 100},  {false, 0, 5, 0, 0, -1, -1},
+               {false, 3, 4, kMin, 0, kMin, kMin}, {true, kMax, kMax, kMax, 1, kMax - 1, kMax},
+               {true, 3, 4, kMin, 0, kMin, kMin}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.acq << " " << c.first << " " << c.last << " " << c.length);
+    CRemovOffsetTrendqv d;
+    CRemovOffsetTrendAcqqv a;
+    d.rangeFirst = a.rangeFirst = c.first;
+    d.rangeLast = a.rangeLast = c.last;
+    EXPECT_EQ(c.acq ? a.checkCorrectDataRnge(c.length) : d.checkCorrectDataRnge(c.length), c.ok);
+    EXPECT_EQ(c.acq ? a.rangeFirst : d.rangeFirst, c.wantFirst);
+    EXPECT_EQ(c.acq ? a.rangeLast : d.rangeLast, c.wantLast);
+  }
 }
 
 TEST(RemovOffsetTrendAcq, WindowLengthFollowsTheMode) {
