@@ -13,14 +13,6 @@ namespace {
 
 using digitfilt::fuzz::Input;
 
-int wildInt(Input& in, int lo, int hi) {
-  switch (in.byte() % 8) {
-    case 0: return std::numeric_limits<int>::min();
-    case 1: return std::numeric_limits<int>::max();
-    default: return static_cast<int>(in.range(lo, hi));
-  }
-}
-
 void fillSettings(Input& in, CFilterDcLtSetAcqqv& s) {
   const double rate = (in.byte() % 4 == 0) ? in.real(2000.0) : in.finite(1.0, 4000.0);
   s.acqSampleRate = rate;
@@ -39,15 +31,15 @@ void fillSettings(Input& in, CFilterDcLtSetAcqqv& s) {
   s.powerLineType = static_cast<std::int32_t>(in.range(-1, 2));
   s.powerLineFreq = in.real(rate);
   s.powerLineWidth = in.real(rate);
-  s.powerLineHarmonics = wildInt(in, -5, 100);
+  s.powerLineHarmonics = in.wildInt(-5, 100);
 }
 
 // A stage a host left in one of the slots the bank does not touch (or wrote over one it did).
 void pokeStage(Input& in, CDigitFiltCoefMak01ButterworthAcqqv& bank) {
   filter_iirspec& s = bank.iirSpecs[in.range(0, 89)];
   switch (in.byte() % 6) {
-    case 0: s.order = wildInt(in, -2, 22); break;
-    case 1: s.numCoefs = wildInt(in, -3, 70); break;
+    case 0: s.order = in.wildInt(-2, 22); break;
+    case 1: s.numCoefs = in.wildInt(-3, 70); break;
     case 2: s.filterType = static_cast<std::int32_t>(in.range(-1, 4)); break;
     case 3: s.enabled = static_cast<std::int32_t>(in.range(-1, 2)); break;
     case 4: s.sampleRate = in.real(2000.0); break;

@@ -29,6 +29,15 @@ class Input {
     return lo + static_cast<std::int64_t>(u32() % (span == 0 ? 1 : span));
   }
 
+  // An integer in [lo, hi], sometimes the extremes of int.
+  int wildInt(int lo, int hi) {
+    switch (byte() % 8) {
+      case 0: return std::numeric_limits<int>::min();
+      case 1: return std::numeric_limits<int>::max();
+      default: return static_cast<int>(range(lo, hi));
+    }
+  }
+
   // A double: mostly a plain value scaled into [-scale, 2 scale], sometimes a special one.
   double real(double scale) {
     const std::uint8_t kind = byte();

@@ -14,15 +14,6 @@ namespace {
 
 using digitfilt::fuzz::Input;
 
-// Mostly small orders, sometimes the extremes of int.
-int wildInt(Input& in, int lo, int hi) {
-  switch (in.byte() % 8) {
-    case 0: return std::numeric_limits<int>::min();
-    case 1: return std::numeric_limits<int>::max();
-    default: return static_cast<int>(in.range(lo, hi));
-  }
-}
-
 void fillSettings(Input& in, CFilterDcLtSetAcqqv& s) {
   const double rate = in.real(2000.0);
   s.acqSampleRate = rate;
@@ -43,7 +34,7 @@ void fillSettings(Input& in, CFilterDcLtSetAcqqv& s) {
   s.powerLineType = static_cast<std::int32_t>(in.range(-1, 2));
   s.powerLineFreq = in.real(rate);
   s.powerLineWidth = in.real(rate);
-  s.powerLineHarmonics = wildInt(in, -5, 100);
+  s.powerLineHarmonics = in.wildInt(-5, 100);
 }
 
 // What a host may write into a listed stage before making coefficients or filtering.
@@ -53,8 +44,8 @@ void pokeStage(Input& in, CMeFilterButterworthqv& bank) {
   MeFilterButterworthx* s = bank.filterList.at(index);
   if (s == nullptr) return;
   switch (in.byte() % 6) {
-    case 0: s->order = wildInt(in, -10, 40); break;
-    case 1: s->numSections = wildInt(in, -5, 40); break;
+    case 0: s->order = in.wildInt(-10, 40); break;
+    case 1: s->numSections = in.wildInt(-5, 40); break;
     case 2: s->filterType = static_cast<std::int32_t>(in.range(-2, 5)); break;
     case 3: s->enabled = in.byte() & 1; break;
     case 4: s->sampleRate = in.real(2000.0); break;
