@@ -19,6 +19,16 @@ bool numbersValid(double fs, std::int64_t N, double f1, double f2) {
   return fs > 0.0 && N >= 2 && f1 > 0.0 && f2 > 0.0;
 }
 
+// A band needs its lower edge below its upper one (shown with the band's own message) and
+// usable numbers.
+bool bandValid(double fs, std::int64_t N, double fLow, double fHigh, const wchar_t* crossed) {
+  if (fLow >= fHigh) {
+    digitfilt::showMessage(crossed);
+    return false;
+  }
+  return numbersValid(fs, N, fLow, fHigh);
+}
+
 // Centred running mean of the pointer-exchange stages. Near both ends the sum decays by sum/L
 // instead of reading outside the record; the divisor stays L throughout.
 void centredRunningMean(std::int64_t N, std::int64_t L, const double* in, double* out,
@@ -145,11 +155,7 @@ int CDigitFiltCoefMak00MovAvrg::setWndHighPass(double fs, std::int64_t N, double
 int CDigitFiltCoefMak00MovAvrg::setWndBandPass(double fs, std::int64_t N, double fLow,
                                                double fHigh, int d) {
   wndDivisor = d;
-  if (fLow >= fHigh) {
-    digitfilt::showMessage(kBandPassEdgesCrossed);
-    return 0;
-  }
-  if (!numbersValid(fs, N, fLow, fHigh)) return 0;
+  if (!bandValid(fs, N, fLow, fHigh, kBandPassEdgesCrossed)) return 0;
   bandHighPassWnd = windowFor(fs, N, fLow, d);
   bandLowPassWnd = windowFor(fs, N, fHigh, d);
   return 1;
@@ -158,11 +164,7 @@ int CDigitFiltCoefMak00MovAvrg::setWndBandPass(double fs, std::int64_t N, double
 int CDigitFiltCoefMak00MovAvrg::setWndNotch(double fs, std::int64_t N, double fLow, double fHigh,
                                             int d) {
   wndDivisor = d;
-  if (fLow >= fHigh) {
-    digitfilt::showMessage(kNotchEdgesCrossed);
-    return 0;
-  }
-  if (!numbersValid(fs, N, fLow, fHigh)) return 0;
+  if (!bandValid(fs, N, fLow, fHigh, kNotchEdgesCrossed)) return 0;
   notchLowPassWnd = windowFor(fs, N, fLow, d);
   notchHighPassWnd = windowFor(fs, N, fHigh, d);
   return 1;
@@ -283,11 +285,7 @@ int CDigitFiltCoefMak00MovAvrgX::setWndHighPass(double fs, std::int64_t N, doubl
 
 int CDigitFiltCoefMak00MovAvrgX::setWndBandPass(double fs, std::int64_t N, double fLow,
                                                 double fHigh, int /*d*/) {
-  if (fLow >= fHigh) {
-    digitfilt::showMessage(kBandPassEdgesCrossed);
-    return 0;
-  }
-  if (!numbersValid(fs, N, fLow, fHigh)) return 0;
+  if (!bandValid(fs, N, fLow, fHigh, kBandPassEdgesCrossed)) return 0;
   // Stored the other way round from the pointer-exchange class; the band-pass stage runs the
   // high-pass first to match.
   bandHighPassWnd = windowFor(fs, N, fHigh);
@@ -297,11 +295,7 @@ int CDigitFiltCoefMak00MovAvrgX::setWndBandPass(double fs, std::int64_t N, doubl
 
 int CDigitFiltCoefMak00MovAvrgX::setWndNotch(double fs, std::int64_t N, double fLow, double fHigh,
                                              int /*d*/) {
-  if (fLow >= fHigh) {
-    digitfilt::showMessage(kNotchEdgesCrossed);
-    return 0;
-  }
-  if (!numbersValid(fs, N, fLow, fHigh)) return 0;
+  if (!bandValid(fs, N, fLow, fHigh, kNotchEdgesCrossed)) return 0;
   // Deliberately crossed; filterStd crosses them back (low-pass at fLow, high-pass at fHigh).
   notchLowPassWnd = windowFor(fs, N, fHigh);
   notchHighPassWnd = windowFor(fs, N, fLow);

@@ -21,6 +21,15 @@ bool inRange(const std::vector<double>& v, int taps, int i) {
   return i >= 0 && i < taps && static_cast<std::size_t>(i) < v.size();
 }
 
+// Entry i of a tap-sized array, or null after printing `missing`.
+double* entry(std::vector<double>& v, int taps, int i, const char* missing) {
+  if (!inRange(v, taps, i)) {
+    say(missing);
+    return nullptr;
+  }
+  return &v[static_cast<std::size_t>(i)];
+}
+
 // Writes tap(n) at index n + taps/2 for n = -taps/2 .. taps/2 - 1. A host that wrote `taps`
 // beyond the stored coefficients gets the stored ones written and one message for the rest,
 // rather than a message per missing index (billions for a wild count).
@@ -62,19 +71,12 @@ void CRtf6Fir::setTaps(int n) {
 }
 
 double CRtf6Fir::getCoeff(int i) {
-  if (!inRange(coeffs, taps, i)) {
-    say("\nThat coefficient does not exist\n");
-    return 0.0;
-  }
-  return coeffs[static_cast<std::size_t>(i)];
+  const double* p = entry(coeffs, taps, i, "\nThat coefficient does not exist\n");
+  return p ? *p : 0.0;
 }
 
 void CRtf6Fir::setCoeff(double value, int i) {
-  if (!inRange(coeffs, taps, i)) {
-    say("\nThat coefficient does not exist\n");
-    return;
-  }
-  coeffs[static_cast<std::size_t>(i)] = value;
+  if (double* p = entry(coeffs, taps, i, "\nThat coefficient does not exist\n")) *p = value;
 }
 
 double CRtf6Fir::getFreq(int i) {
@@ -101,19 +103,12 @@ void CRtf6Fir::setFreq(double f, int i) {
 }
 
 double CRtf6Fir::getBuffer(int i) {
-  if (!inRange(buffer, taps, i)) {
-    say("\nThat value does not exist\n");
-    return 0.0;
-  }
-  return buffer[static_cast<std::size_t>(i)];
+  const double* p = entry(buffer, taps, i, "\nThat value does not exist\n");
+  return p ? *p : 0.0;
 }
 
 void CRtf6Fir::setBuffer(double value, int i) {
-  if (!inRange(buffer, taps, i)) {
-    say("\nThat index for the buffer does not exist\n");
-    return;
-  }
-  buffer[static_cast<std::size_t>(i)] = value;
+  if (double* p = entry(buffer, taps, i, "\nThat index for the buffer does not exist\n")) *p = value;
 }
 
 int CRtf6Fir::setType(int t) { return (t >= 0 && type <= 4) ? 1 : 0; }
